@@ -1,0 +1,258 @@
+#include "app/CPellanoApp.h"
+
+#include "app/CAboutDlg.h"
+#include "app/ProductProfile.h"
+#include "app/ProductVersion.h"
+#include "app/SettingClamp.h"
+#include "app/StartupFailure.h"
+#include "browser/CMainFrame1.h"
+#include "dscap/dscap.h"
+#include "i18n/i18n.h"
+#include "imagelib/imagelib.h"
+#include "imagelib/iopt.h"
+#include "platform/CommandIds.h"
+#include "platform/Messages.h"
+#include "platform/UnixSignalBridge.h"
+#include "viewer/CMainFrame2.h"
+#include "vnupdate/vnupdate.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QMainWindow>
+#include <QMetaObject>
+
+#include <cstdlib>
+
+namespace lanmira {
+namespace {
+
+CPellanoApp* g_app = nullptr;
+
+constexpr char kCatalogFolder[] = "../share/lanmira/i18n";
+constexpr std::uint32_t kSlideMin = 1000;
+constexpr std::uint32_t kSlideMax = 3600000;
+
+QString fromU16(const std::u16string& s) {
+    return QString::fromUtf16(s.data(), static_cast<qsizetype>(s.size()));
+}
+
+// The desktop session may end by killing the X connection, which ends the process through
+// exit() without unwinding: the settings still get written.
+void writeSettingsAtExit() {
+    if (g_app)
+        g_app->saveSettings();
+}
+
+} // namespace
+
+CPellanoApp::CPellanoApp(Options options) : m_options(std::move(options)) {
+    g_app = this;
+}
+
+CPellanoApp::~CPellanoApp() {
+    if (g_app == this)
+        g_app = nullptr;
+}
+
+CPellanoApp* CPellanoApp::instance() {
+    return g_app;
+}
+
+void CPellanoApp::fail(const QString& text) {
+    if (m_options.reportFailure)
+        m_options.reportFailure(text);
+    else
+        reportStartupFailure(text);
+}
+
+bool CPellanoApp::initInstance() {
+    vnupdate_init(LANMIRA_PRODUCT_NAME, LANMIRA_VERSION_TEXT);
+
+    const QString exe = m_options.executablePath.isEmpty() ? QCoreApplication::applicationFilePath()
+                                                           : m_options.executablePath;
+    if (exe.isEmpty() || !exe.contains(u'/'))
+        return false;
+    m_programFolder = QFileInfo(exe).absolutePath() + u'/';
+
+    ProfileValues profile;
+    const auto profilePath = ProductProfile::locate(exe.toStdString());
+    const ProfileError error = ProductProfile::readFile(profilePath, programPublicKey(), profile);
+    if (error != ProfileError::None) {
+        fail(QString::fromUtf8(profileErrorText(error)));
+        return false;
+    }
+    if (profile.vnupdate)
+        vnupdate_update(fromU16(*profile.vnupdate).toUtf8().constData());
+    ProductProfile::applyDefaults(profile);
+    m_company = fromU16(profile.company);
+    m_app = fromU16(profile.app);
+    m_url = fromU16(profile.url);
+    m_display = fromU16(profile.display);
+    m_cameraModule = fromU16(profile.orbicam);
+    m_secondCameraModule = fromU16(profile.orbinam);
+    QCoreApplication::setOrganizationName(m_company);
+    QCoreApplication::setApplicationName(m_app);
+
+    const dscap_messages messages{
+        msg::CAPTURE_NOTIFY, msg::CAPTURE_VIDEO_SIZE, msg::CAPTURE_RECORDING,
+        static_cast<unsigned>(cmd::ID_CAMERA_DIALOG_FIRST), msg::CAPTURE_EVENT};
+    dscap_init(nullptr, m_company.toUtf8().constData(), m_app.toUtf8().constData(),
+               m_cameraModule.toUtf8().constData(), m_secondCameraModule.toUtf8().constData(),
+               &messages);
+
+    m_settings.setRegistryKey(m_company + u'\\' + m_app);
+    m_settings.setProfileName(m_app);
+
+    i18n_init(QString::fromLatin1(kCatalogFolder), 0);
+
+    m_preview = m_settings.readInt(QStringLiteral("options"), QStringLiteral("Preview"), 1) != 0;
+    m_prompt = m_settings.readInt(QStringLiteral("options"), QStringLiteral("Prompt"), 1) != 0;
+    m_slide =
+        clampUnsigned(m_settings.readInt(QStringLiteral("options"), QStringLiteral("slide"), 2000),
+                      kSlideMin, kSlideMax);
+    m_settingsRead = true;
+    std::atexit(writeSettingsAtExit);
+
+    iopt_init(nullptr, m_company.toUtf8().constData(), m_app.toUtf8().constData());
+
+    m_browserFrame = std::make_unique<CMainFrame1>(*this);
+    m_viewerFrame = std::make_unique<CMainFrame2>(*this);
+    connect(m_browserFrame.get(), &CMainFrame1::camerasChanged, this,
+            &CPellanoApp::enumerateCameras);
+
+    readCaptureSettings();
+
+    m_viewerFrame->hide();
+    m_mode = 0;
+    if (m_browserFrame->isMaximized())
+        m_browserFrame->showMaximized();
+    else
+        m_browserFrame->show();
+    m_browserFrame->repaint();
+
+    // Being asked to stop (service manager, terminal, logout) closes as "Exit" does.
+    m_signals = new UnixSignalBridge(this);
+    connect(m_signals, &UnixSignalBridge::terminationRequested, this, &CPellanoApp::requestExit);
+    connect(qApp, &QGuiApplication::commitDataRequest, this, [this] { saveSettings(); });
+
+    enumerateCameras();
+    return true;
+}
+
+void CPellanoApp::readCaptureSettings() {
+    m_captureFormats.clear();
+    for (const ImageLibExtFmt* row = ImageLib_ExtFmt(); row && row->ext; ++row)
+        m_captureFormats << QString::fromUtf8(row->ext);
+
+    m_captureTitle = m_settings.readString(QStringLiteral("titleext"), QStringLiteral("title"),
+                                           QStringLiteral("Lanmira"));
+    m_captureExt = m_settings.readString(QStringLiteral("titleext"), QStringLiteral("ext"),
+                                         QStringLiteral("jpg"));
+    if (m_captureExt.isEmpty())
+        m_captureExt = QStringLiteral("jpg");
+
+    m_captureFormat = 0;
+    for (const ImageLibExtFmt* row = ImageLib_ExtFmt(); row && row->ext; ++row) {
+        if (m_captureExt.compare(QString::fromUtf8(row->ext), Qt::CaseInsensitive) == 0) {
+            m_captureFormat = static_cast<int>(row->format);
+            break;
+        }
+    }
+    const IoptOptions options = iopt_get_default(m_captureFormat);
+    m_captureOptions[0] = options.value1;
+    m_captureOptions[1] = options.value2;
+}
+
+void CPellanoApp::saveSettings() {
+    if (!m_settingsRead)
+        return;
+    m_settings.writeInt(QStringLiteral("options"), QStringLiteral("slide"),
+                        static_cast<int>(m_slide));
+    m_settings.writeInt(QStringLiteral("options"), QStringLiteral("Preview"), m_preview ? 1 : 0);
+    m_settings.writeInt(QStringLiteral("options"), QStringLiteral("Prompt"), m_prompt ? 1 : 0);
+    m_settings.writeString(QStringLiteral("titleext"), QStringLiteral("title"), m_captureTitle);
+    m_settings.writeString(QStringLiteral("titleext"), QStringLiteral("ext"), m_captureExt);
+}
+
+int CPellanoApp::exitInstance(int exitCode) {
+    saveSettings();
+    m_settingsRead = false; // written; the exit hook has nothing left to do
+    iopt_fini();
+    m_cameras.clear();
+    m_viewerFrame.reset();
+    m_browserFrame.reset();
+    return exitCode;
+}
+
+void CPellanoApp::enumerateCameras() {
+    m_cameras.clear();
+    dscap_dsvi* list = dscap_enum_device(0);
+    if (!list)
+        return;
+    for (const dscap_dsvi* r = list; r->id; ++r)
+        m_cameras.push_back({QString::fromUtf8(r->id), QString::fromUtf8(r->name), r->value});
+    dscap_free_dsvi(list);
+}
+
+QMainWindow* CPellanoApp::mainWindow() const {
+    if (m_mode == 1)
+        return m_viewerFrame.get();
+    return m_browserFrame.get();
+}
+
+void CPellanoApp::requestExit() {
+    if (QMainWindow* w = mainWindow())
+        w->close();
+    else
+        QCoreApplication::quit();
+}
+
+bool CPellanoApp::queryClose(QMainWindow* frame) {
+    // The frame of the other mode is hidden; it is asked to close after this one, and the
+    // program ends when both have gone.
+    QMainWindow* other = nullptr;
+    if (frame == m_browserFrame.get() && !m_viewerClosed)
+        other = m_viewerFrame.get();
+    else if (frame == m_viewerFrame.get() && !m_browserClosed)
+        other = m_browserFrame.get();
+    if (other)
+        QMetaObject::invokeMethod(other, &QWidget::close, Qt::QueuedConnection);
+    return true;
+}
+
+void CPellanoApp::frameClosed(QMainWindow* frame) {
+    if (frame == m_browserFrame.get())
+        m_browserClosed = true;
+    else if (frame == m_viewerFrame.get())
+        m_viewerClosed = true;
+    if (m_browserClosed && m_viewerClosed)
+        QCoreApplication::quit();
+}
+
+bool CPellanoApp::onCommand(int id) {
+    switch (id) {
+    case cmd::ID_APP_EXIT:
+        requestExit();
+        return true;
+    case cmd::ID_APP_ABOUT: {
+        CAboutDlg about(mainWindow());
+        about.exec();
+        return true;
+    }
+    default:
+        return false;
+    }
+}
+
+bool CPellanoApp::onUpdateCommand(int id, CommandState& /*state*/) {
+    switch (id) {
+    case cmd::ID_APP_EXIT:
+    case cmd::ID_APP_ABOUT:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace lanmira

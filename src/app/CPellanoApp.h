@@ -1,0 +1,122 @@
+#pragma once
+
+#include "app/SettingsStore.h"
+#include "platform/CommandTarget.h"
+#include "platform/FrameHost.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QMainWindow;
+
+namespace lanmira {
+
+class CMainFrame1;
+class CMainFrame2;
+class UnixSignalBridge;
+
+// One enumerated camera, the application's own copy of the capture library's record.
+struct CameraRecord {
+    QString id;
+    QString name;
+    std::uint32_t value = 0;
+};
+
+// The application object: start-up, the settings it owns, the two mode frames, the
+// commands all frames share, and shutdown.
+class CPellanoApp final : public QObject, public CommandTarget, public FrameHost {
+    Q_OBJECT
+public:
+    struct Options {
+        QString path;           // file or folder from the command line
+        QString executablePath; // empty: the running program's own path
+        // How start-up failures reach the user; empty: message box and stderr.
+        std::function<void(const QString&)> reportFailure;
+    };
+
+    explicit CPellanoApp(Options options);
+    ~CPellanoApp() override;
+
+    static CPellanoApp* instance();
+
+    // True when the program is to run its event loop.
+    bool initInstance();
+    // Writes the settings back and releases what start-up took; returns the exit code.
+    int exitInstance(int exitCode);
+
+    // Writes "slide", "Preview", "Prompt", then the capture title and extension.
+    void saveSettings();
+    // Closes the program the way "Exit" does.
+    void requestExit();
+
+    // FrameHost
+    bool queryClose(QMainWindow* frame) override;
+    void frameClosed(QMainWindow* frame) override;
+    CommandTarget* applicationCommands() override { return this; }
+
+    // CommandTarget
+    bool onCommand(int id) override;
+    bool onUpdateCommand(int id, CommandState& state) override;
+
+    QMainWindow* mainWindow() const;
+    CMainFrame1* browserFrame() const { return m_browserFrame.get(); }
+    CMainFrame2* viewerFrame() const { return m_viewerFrame.get(); }
+    std::uint32_t mode() const { return m_mode; }
+
+    const QString& programFolder() const { return m_programFolder; }
+    const QString& company() const { return m_company; }
+    const QString& app() const { return m_app; }
+    const QString& url() const { return m_url; }
+    const QString& display() const { return m_display; }
+    const QString& cameraModule() const { return m_cameraModule; }
+    const QString& secondCameraModule() const { return m_secondCameraModule; }
+    SettingsStore& settings() { return m_settings; }
+
+    bool previewFlag() const { return m_preview; }
+    bool promptFlag() const { return m_prompt; }
+    std::uint32_t slideInterval() const { return m_slide; }
+    void setSlideInterval(std::uint32_t ms) { m_slide = ms; }
+    const QString& captureTitle() const { return m_captureTitle; }
+    const QString& captureExtension() const { return m_captureExt; }
+    int captureFormat() const { return m_captureFormat; }
+    std::uint32_t captureOption(int which) const { return m_captureOptions[which & 1]; }
+    const QStringList& captureFormatList() const { return m_captureFormats; }
+    const std::vector<CameraRecord>& cameras() const { return m_cameras; }
+
+    void enumerateCameras();
+
+private:
+    void fail(const QString& text);
+    void readCaptureSettings();
+
+    Options m_options;
+    QString m_programFolder;
+    QString m_company, m_app, m_url, m_display, m_cameraModule, m_secondCameraModule;
+    SettingsStore m_settings;
+
+    bool m_settingsRead = false;
+    bool m_preview = true;
+    bool m_prompt = true;
+    std::uint32_t m_slide = 2000;
+    QString m_captureTitle;
+    QString m_captureExt;
+    int m_captureFormat = 0;
+    std::uint32_t m_captureOptions[2] = {0, 0};
+    QStringList m_captureFormats;
+    std::vector<CameraRecord> m_cameras;
+
+    std::uint32_t m_mode = 0;
+    std::unique_ptr<CMainFrame1> m_browserFrame;
+    std::unique_ptr<CMainFrame2> m_viewerFrame;
+    bool m_browserClosed = false;
+    bool m_viewerClosed = false;
+    UnixSignalBridge* m_signals = nullptr;
+};
+
+} // namespace lanmira

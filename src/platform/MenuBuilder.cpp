@@ -1,0 +1,160 @@
+#include "platform/MenuBuilder.h"
+
+#include "i18n/i18n.h"
+#include "platform/CommandRouter.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <mutex>
+
+namespace lanmira {
+namespace {
+
+struct MenuRegistry {
+    std::mutex mutex; // guards menus
+    std::vector<const MenuResource*> menus;
+};
+
+MenuRegistry& menuRegistry() {
+    static MenuRegistry r;
+    return r;
+}
+
+QString keyName(const QString& word) {
+    // The catalogs spell a few keys the way the other desktop does.
+    if (word.compare(u"PageUp", Qt::CaseInsensitive) == 0)
+        return QStringLiteral("PgUp");
+    if (word.compare(u"PageDown", Qt::CaseInsensitive) == 0)
+        return QStringLiteral("PgDown");
+    if (word.compare(u"Insert", Qt::CaseInsensitive) == 0)
+        return QStringLiteral("Ins");
+    if (word.compare(u"Delete", Qt::CaseInsensitive) == 0)
+        return QStringLiteral("Del");
+    return word;
+}
+
+QKeySequence oneShortcut(QString text) {
+    bool keypad = false;
+    QStringList parts;
+    // Split on '+', but a '+' at the end is the key itself ("Ctrl+NumPad+", "Ctrl++").
+    QString current;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == u'+' && !current.isEmpty() && i + 1 < text.size()) {
+            parts << current;
+            current.clear();
+        } else {
+            current += c;
+        }
+    }
+    if (!current.isEmpty())
+        parts << current;
+    if (parts.isEmpty())
+        return {};
+    QString key = parts.takeLast();
+    if (key.startsWith(u"NumPad", Qt::CaseInsensitive)) {
+        keypad = true;
+        key = key.mid(6);
+    }
+    parts << keyName(key);
+    QKeySequence seq = QKeySequence::fromString(parts.join(u'+'), QKeySequence::PortableText);
+    if (seq.isEmpty())
+        return {};
+    if (keypad)
+        seq = QKeySequence(seq[0].toCombined() | Qt::KeypadModifier);
+    return seq;
+}
+
+} // namespace
+
+const std::vector<const MenuResource*>& allMenuResources() {
+    return menuRegistry().menus;
+}
+
+void registerMenuResource(const MenuResource* menu) {
+    auto& r = menuRegistry();
+    std::lock_guard lock(r.mutex);
+    for (const MenuResource* m : r.menus)
+        if (m == menu)
+            return;
+    r.menus.push_back(menu);
+}
+
+QList<QKeySequence> MenuBuilder::parseShortcut(const QString& shortcut) {
+    QString s = shortcut.trimmed();
+    QList<QKeySequence> out;
+    if (s.isEmpty())
+        return out;
+    // "[Shift+]Delete": the command answers with and without the optional modifier.
+    const qsizetype open = s.indexOf(u'[');
+    const qsizetype close = s.indexOf(u']');
+    if (open >= 0 && close > open) {
+        const QString without = s.left(open) + s.mid(close + 1);
+        const QString with = s.left(open) + s.mid(open + 1, close - open - 1) + s.mid(close + 1);
+        for (const QString& variant : {without, with}) {
+            const QKeySequence k = oneShortcut(variant);
+            if (!k.isEmpty())
+                out << k;
+        }
+        return out;
+    }
+    const QKeySequence k = oneShortcut(s);
+    if (!k.isEmpty())
+        out << k;
+    return out;
+}
+
+MenuText MenuBuilder::parse(const QString& text) {
+    MenuText out;
+    const qsizetype tab = text.indexOf(u'\t');
+    if (tab < 0) {
+        out.label = text;
+        return out;
+    }
+    out.label = text.left(tab);
+    out.shortcuts = parseShortcut(text.mid(tab + 1));
+    return out;
+}
+
+void MenuBuilder::fillMenu(QMenu* target, const std::string& menuName,
+                           const std::vector<MenuEntry>& entries, CommandRouter& router) {
+    for (const MenuEntry& e : entries) {
+        switch (e.kind) {
+        case MenuEntry::Kind::Separator:
+            target->addSeparator();
+            break;
+        case MenuEntry::Kind::Popup: {
+            auto* sub = target->addMenu(
+                MenuBuilder::parse(i18n_menuText(menuName.c_str(), e.key.c_str())).label);
+            fillMenu(sub, menuName, e.children, router);
+            router.watchMenu(sub);
+            break;
+        }
+        case MenuEntry::Kind::Item: {
+            QAction* a = router.action(e.id);
+            const QByteArray key = QByteArray::number(e.id);
+            const MenuText t = MenuBuilder::parse(i18n_menuText(menuName.c_str(), key.constData()));
+            a->setText(t.label);
+            a->setShortcuts(t.shortcuts);
+            target->addAction(a);
+            break;
+        }
+        }
+    }
+}
+
+void MenuBuilder::fillMenuBar(QMenuBar* bar, const MenuResource& menu, CommandRouter& router) {
+    registerMenuResource(&menu);
+    for (const MenuEntry& e : menu.entries) {
+        if (e.kind != MenuEntry::Kind::Popup)
+            continue;
+        QMenu* popup =
+            bar->addMenu(MenuBuilder::parse(i18n_menuText(menu.name.c_str(), e.key.c_str())).label);
+        fillMenu(popup, menu.name, e.children, router);
+        router.watchMenu(popup);
+    }
+}
+
+} // namespace lanmira

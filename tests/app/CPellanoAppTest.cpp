@@ -1,0 +1,253 @@
+#include "app/CPellanoApp.h"
+
+#include "../../tools/ProfileWriter.h"
+#include "app/CAboutDlg.h"
+#include "app/ProductProfile.h"
+#include "app/SingleInstance.h"
+#include "browser/CMainFrame1.h"
+#include "platform/CommandIds.h"
+#include "platform/CommandRouter.h"
+#include "viewer/CMainFrame2.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QProcess>
+#include <QSysInfo>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+using namespace lanmira;
+
+namespace {
+
+// A fake installation: <tmp>/prefix/bin/lanmira (never run), its profile in <tmp>/prefix,
+// and the settings under <tmp>/config.
+class AppFixture : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_dir.isValid());
+        QDir().mkpath(prefix() + QStringLiteral("/bin"));
+        qputenv("XDG_CONFIG_HOME", configHome().toUtf8());
+    }
+
+    QString prefix() const { return m_dir.path() + QStringLiteral("/prefix"); }
+    QString configHome() const { return m_dir.path() + QStringLiteral("/config"); }
+    QString exe() const { return prefix() + QStringLiteral("/bin/lanmira"); }
+
+    void writeProfile(const std::string& xml) {
+        std::string error;
+        auto writer =
+            ProfileWriter::fromPemFile(LANMIRA_SOURCE_DIR "/tools/default-profile-key.pem", error);
+        ASSERT_TRUE(writer) << error;
+        std::vector<std::uint8_t> exml;
+        ASSERT_TRUE(writer->write({reinterpret_cast<const std::uint8_t*>(xml.data()), xml.size()},
+                                  exml, error))
+            << error;
+        std::ofstream out(QString(prefix() + QStringLiteral("/lanmira.exml")).toStdString(),
+                          std::ios::binary);
+        out.write(reinterpret_cast<const char*>(exml.data()),
+                  static_cast<std::streamsize>(exml.size()));
+    }
+
+    void writeSettings(const QString& relative, const QByteArray& text) {
+        const QString path = configHome() + u'/' + relative;
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(text);
+    }
+
+    QString readSettings(const QString& relative) const {
+        QFile f(configHome() + u'/' + relative);
+        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
+    }
+
+    CPellanoApp::Options options() {
+        return {.path = {}, .executablePath = exe(), .reportFailure = [this](const QString& t) {
+                    m_failures << t;
+                }};
+    }
+
+    QTemporaryDir m_dir;
+    QStringList m_failures;
+};
+
+const std::string kDefaultXml =
+    R"(<lanmira><oem company="Vornalt" app="Lanmira" url="https://vornalt.example/lanmira" display="Vornalt Lanmira"/></lanmira>)";
+
+} // namespace
+
+TEST_F(AppFixture, StartsInBrowserModeWithDefaultsOnACleanAccount) {
+    writeProfile(kDefaultXml);
+    CPellanoApp app(options());
+    ASSERT_TRUE(app.initInstance());
+    EXPECT_TRUE(m_failures.isEmpty());
+    EXPECT_EQ(app.mode(), 0u);
+    EXPECT_TRUE(app.browserFrame()->isVisible());
+    EXPECT_FALSE(app.viewerFrame()->isVisible());
+    EXPECT_EQ(app.mainWindow(), app.browserFrame());
+    EXPECT_EQ(app.programFolder(), prefix() + QStringLiteral("/bin/"));
+    EXPECT_EQ(app.company(), QStringLiteral("Vornalt"));
+    EXPECT_EQ(app.cameraModule(), QStringLiteral("orbicam.dll"));
+    EXPECT_EQ(app.secondCameraModule(), QStringLiteral("orbinam.dll"));
+    EXPECT_EQ(app.slideInterval(), 2000u);
+    EXPECT_TRUE(app.promptFlag());
+    EXPECT_TRUE(app.previewFlag());
+    EXPECT_EQ(app.captureTitle(), QStringLiteral("Lanmira"));
+    EXPECT_EQ(app.captureExtension(), QStringLiteral("jpg"));
+    EXPECT_NE(app.captureFormat(), 0);
+    EXPECT_TRUE(app.captureFormatList().contains(QStringLiteral("tif")));
+    EXPECT_TRUE(app.cameras().empty());
+    EXPECT_EQ(app.exitInstance(0), 0);
+
+    const QString written = readSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"));
+    // Shutdown writes the five values in their order.
+    const qsizetype slide = written.indexOf(QStringLiteral("slide=2000"));
+    const qsizetype preview = written.indexOf(QStringLiteral("Preview=1"));
+    const qsizetype prompt = written.indexOf(QStringLiteral("Prompt=1"));
+    EXPECT_GE(slide, 0);
+    EXPECT_GT(preview, slide);
+    EXPECT_GT(prompt, preview);
+    EXPECT_TRUE(written.contains(QStringLiteral("title=Lanmira")));
+    EXPECT_TRUE(written.contains(QStringLiteral("ext=jpg")));
+}
+
+TEST_F(AppFixture, StoredValuesAreClampedWhenReadAndWrittenBackClamped) {
+    writeProfile(kDefaultXml);
+    struct Row {
+        const char* stored;
+        std::uint32_t used;
+    };
+    for (const Row r : {Row{"0", 1000}, Row{"500", 1000}, Row{"5000000", 3600000},
+                        Row{"-1", 3600000}, Row{"2500", 2500}, Row{"nonsense", 2000}}) {
+        SCOPED_TRACE(r.stored);
+        writeSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"),
+                      QByteArray("[options]\nslide=") + r.stored +
+                          "\nPrompt=0\n[titleext]\next=\ntitle=Slide\n");
+        CPellanoApp app(options());
+        ASSERT_TRUE(app.initInstance());
+        EXPECT_EQ(app.slideInterval(), r.used);
+        EXPECT_FALSE(app.promptFlag());
+        EXPECT_EQ(app.captureExtension(), QStringLiteral("jpg")); // empty reads as jpg
+        EXPECT_EQ(app.captureTitle(), QStringLiteral("Slide"));
+        app.exitInstance(0);
+        EXPECT_TRUE(readSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"))
+                        .contains(QStringLiteral("slide=%1").arg(r.used)));
+    }
+}
+
+TEST_F(AppFixture, CaptureFormatFollowsTheStoredExtension) {
+    writeProfile(kDefaultXml);
+    writeSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"), "[titleext]\next=PNG\n");
+    CPellanoApp app(options());
+    ASSERT_TRUE(app.initInstance());
+    EXPECT_EQ(app.captureFormat(), 3);
+    app.exitInstance(0);
+
+    writeSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"), "[titleext]\next=xyz\n");
+    CPellanoApp unknown(options());
+    ASSERT_TRUE(unknown.initInstance());
+    EXPECT_EQ(unknown.captureFormat(), 0);
+    EXPECT_EQ(unknown.captureExtension(), QStringLiteral("xyz"));
+    unknown.exitInstance(0);
+}
+
+TEST_F(AppFixture, ProfileNamingAnotherCompanyKeepsItsSettingsApart) {
+    writeProfile(
+        R"(<lanmira vnupdate="check monthly"><oem company="Acme" app="Scope"/></lanmira>)");
+    CPellanoApp app(options());
+    ASSERT_TRUE(app.initInstance());
+    EXPECT_EQ(app.app(), QStringLiteral("Scope"));
+    EXPECT_TRUE(app.url().isEmpty()); // a company was given, so no built-in url
+    app.exitInstance(0);
+    EXPECT_TRUE(QFile::exists(configHome() + QStringLiteral("/Acme/Scope/Scope.conf")));
+    EXPECT_FALSE(QFile::exists(configHome() + QStringLiteral("/Vornalt")));
+}
+
+TEST_F(AppFixture, ProfileFaultsAreReportedAndNothingIsWritten) {
+    // No profile anywhere.
+    {
+        CPellanoApp app(options());
+        EXPECT_FALSE(app.initInstance());
+        app.exitInstance(0);
+    }
+    writeProfile("<other/>");
+    {
+        CPellanoApp app(options());
+        EXPECT_FALSE(app.initInstance());
+        app.exitInstance(0);
+    }
+    EXPECT_EQ(m_failures, QStringList({QStringLiteral("The exml file is missing."),
+                                       QStringLiteral("Bad syntax in the exml file .")}));
+    EXPECT_FALSE(QDir(configHome()).exists());
+}
+
+TEST_F(AppFixture, ClosingOneFrameClosesTheOtherAndEndsTheEventLoop) {
+    writeProfile(kDefaultXml);
+    CPellanoApp app(options());
+    ASSERT_TRUE(app.initInstance());
+    bool quitByApp = false;
+    QTimer::singleShot(0, [&] { app.browserFrame()->close(); });
+    // A hang here would mean the viewer frame was never asked to close.
+    QTimer::singleShot(10000, [&] { QCoreApplication::exit(99); });
+    quitByApp = QApplication::exec() == 0;
+    EXPECT_TRUE(quitByApp);
+    EXPECT_FALSE(app.browserFrame()->isVisible());
+    EXPECT_FALSE(app.viewerFrame()->isVisible());
+    app.exitInstance(0);
+}
+
+TEST_F(AppFixture, ExitAndAboutAreAlwaysAvailableAndUnknownCommandsAreNot) {
+    writeProfile(kDefaultXml);
+    CPellanoApp app(options());
+    ASSERT_TRUE(app.initInstance());
+    CommandRouter& router = app.browserFrame()->router();
+    EXPECT_TRUE(router.query(cmd::ID_APP_EXIT).enabled);
+    EXPECT_TRUE(router.query(cmd::ID_APP_ABOUT).enabled);
+    EXPECT_FALSE(router.query(cmd::ID_FILE_SAVE).enabled);
+    EXPECT_FALSE(router.dispatch(cmd::ID_FILE_SAVE));
+    EXPECT_TRUE(app.viewerFrame()->router().query(cmd::ID_APP_EXIT).enabled);
+    app.exitInstance(0);
+}
+
+TEST(AboutBox, ShowsVersionAndBuildDate) {
+    CAboutDlg about;
+    const auto* version = about.findChild<QLabel*>(QStringLiteral("version"));
+    const auto* build = about.findChild<QLabel*>(QStringLiteral("buildDate"));
+    ASSERT_TRUE(version && build);
+    EXPECT_TRUE(version->text().contains(QStringLiteral("1.1.4004")));
+    EXPECT_TRUE(build->text().contains(CAboutDlg::buildDate()));
+    EXPECT_FALSE(CAboutDlg::buildDate().isEmpty());
+}
+
+TEST(SingleInstanceLock, SecondHolderIsRefusedAndADeadOwnersLockIsTakenOver) {
+    QTemporaryDir dir;
+    {
+        SingleInstance first(dir.path());
+        SingleInstance second(dir.path());
+        ASSERT_TRUE(first.acquire());
+        EXPECT_FALSE(second.acquire());
+    }
+    SingleInstance again(dir.path());
+    EXPECT_TRUE(again.acquire());
+
+    // A lock file left by a process that no longer runs.
+    QTemporaryDir stale;
+    QProcess done;
+    done.start(QStringLiteral("true"));
+    ASSERT_TRUE(done.waitForFinished());
+    const qint64 deadPid = done.processId() ? done.processId() : 999999;
+    SingleInstance probe(stale.path());
+    QFile f(probe.lockPath());
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(QByteArray::number(deadPid) + "\nlanmira\n" + QSysInfo::machineHostName().toUtf8() +
+            "\n");
+    f.close();
+    EXPECT_TRUE(probe.acquire());
+}

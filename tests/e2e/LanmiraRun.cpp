@@ -1,0 +1,136 @@
+#include "LanmiraRun.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QThread>
+
+namespace lanmira::e2e {
+namespace {
+
+const QString kBuild = QStringLiteral(LANMIRA_BUILD_DIR);
+const QString kSource = QStringLiteral(LANMIRA_SOURCE_DIR);
+
+bool copyTree(const QString& from, const QString& to) {
+    QDir().mkpath(to);
+    const QDir src(from);
+    for (const QFileInfo& fi : src.entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QString target = to + u'/' + fi.fileName();
+        if (fi.isDir()) {
+            if (!copyTree(fi.filePath(), target))
+                return false;
+        } else if (!QFile::copy(fi.filePath(), target)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+LanmiraRun::LanmiraRun() {
+    QDir().mkpath(prefix() + QStringLiteral("/bin"));
+    QFile::copy(kBuild + QStringLiteral("/bin/lanmira"), program());
+    QFile::setPermissions(program(), QFile::permissions(kBuild + QStringLiteral("/bin/lanmira")));
+    copyTree(kBuild + QStringLiteral("/share/lanmira"),
+             prefix() + QStringLiteral("/share/lanmira"));
+    QDir().mkpath(configHome());
+    QDir().mkpath(runtimeDir());
+    QFile::setPermissions(runtimeDir(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+    m_env = QProcessEnvironment::systemEnvironment();
+    m_env.insert(QStringLiteral("XDG_CONFIG_HOME"), configHome());
+    m_env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDir());
+    m_env.insert(QStringLiteral("XDG_CACHE_HOME"), m_dir.path() + QStringLiteral("/cache"));
+    m_env.insert(QStringLiteral("XDG_DATA_HOME"), m_dir.path() + QStringLiteral("/data"));
+    for (const char* v : {"LANGUAGE", "LC_ALL", "LC_MESSAGES"})
+        m_env.remove(QString::fromLatin1(v));
+    m_env.insert(QStringLiteral("LANG"), QStringLiteral("C.UTF-8"));
+    m_env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+}
+
+LanmiraRun::~LanmiraRun() {
+    if (m_process && m_process->state() != QProcess::NotRunning) {
+        m_process->kill();
+        m_process->waitForFinished(5000);
+    }
+}
+
+bool LanmiraRun::writeProfile(const QString& xml, const QString& path) {
+    QTemporaryDir tmp;
+    const QString xmlPath = tmp.path() + QStringLiteral("/profile.xml");
+    QFile f(xmlPath);
+    if (!f.open(QIODevice::WriteOnly))
+        return false;
+    f.write(xml.toUtf8());
+    f.close();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QProcess writer;
+    writer.start(kBuild + QStringLiteral("/tools/lanmira-profile-writer"),
+                 {QStringLiteral("--key"),
+                  kSource + QStringLiteral("/tools/default-profile-key.pem"), xmlPath, path});
+    return writer.waitForFinished(20000) && writer.exitStatus() == QProcess::NormalExit &&
+           writer.exitCode() == 0;
+}
+
+QProcess& LanmiraRun::start(const QStringList& args) {
+    m_process = std::make_unique<QProcess>();
+    m_process->setProcessEnvironment(m_env);
+    m_process->start(program(), args);
+    m_process->waitForStarted(10000);
+    return *m_process;
+}
+
+int LanmiraRun::runToEnd(const QStringList& args, int timeoutMs, QString* stdoutText,
+                         QString* stderrText) {
+    QProcess p;
+    p.setProcessEnvironment(m_env);
+    p.start(program(), args);
+    if (!p.waitForFinished(timeoutMs)) {
+        p.kill();
+        p.waitForFinished(5000);
+        return -1;
+    }
+    if (stdoutText)
+        *stdoutText = QString::fromUtf8(p.readAllStandardOutput());
+    if (stderrText)
+        *stderrText = QString::fromUtf8(p.readAllStandardError());
+    return p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+}
+
+bool LanmiraRun::waitForExit(int timeoutMs) {
+    return m_process && m_process->waitForFinished(timeoutMs);
+}
+
+QStringList LanmiraRun::findWindows(const QString& namePattern) {
+    QProcess p;
+    p.start(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                        QStringLiteral("--name"), namePattern});
+    p.waitForFinished(5000);
+    return QString::fromUtf8(p.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+}
+
+bool LanmiraRun::waitForWindow(const QString& namePattern, int timeoutMs, QString* id) {
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < timeoutMs) {
+        const QStringList ids = findWindows(namePattern);
+        if (!ids.isEmpty()) {
+            // Mapped is not yet ready for input: give the toolkit a moment to settle.
+            QThread::msleep(300);
+            if (id)
+                *id = ids.first();
+            return true;
+        }
+        QThread::msleep(100);
+    }
+    return false;
+}
+
+bool LanmiraRun::xdotool(const QStringList& args) {
+    QProcess p;
+    p.start(QStringLiteral("xdotool"), args);
+    return p.waitForFinished(10000) && p.exitCode() == 0;
+}
+
+} // namespace lanmira::e2e

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace lanmira::e2e {
+
+// A private installation of the real program in a temporary prefix (bin/, share/lanmira/),
+// with its own XDG folders, driven under the X server the test runs in.
+class LanmiraRun {
+public:
+    LanmiraRun();
+    ~LanmiraRun();
+
+    QString prefix() const { return m_dir.path() + QStringLiteral("/prefix"); }
+    QString program() const { return prefix() + QStringLiteral("/bin/lanmira"); }
+    QString configHome() const { return m_dir.path() + QStringLiteral("/config"); }
+    QString runtimeDir() const { return m_dir.path() + QStringLiteral("/run"); }
+    QString profileInShare() const {
+        return prefix() + QStringLiteral("/share/lanmira/lanmira.exml");
+    }
+    QString profileInParent() const { return prefix() + QStringLiteral("/lanmira.exml"); }
+
+    // Writes a profile from XML text with the default key into `path`.
+    static bool writeProfile(const QString& xml, const QString& path);
+
+    void setEnv(const QString& name, const QString& value) { m_env.insert(name, value); }
+    QProcessEnvironment environment() const { return m_env; }
+
+    // Starts the program; it keeps running until stopped or finished.
+    QProcess& start(const QStringList& args = {});
+    QProcess& process() { return *m_process; }
+    // Runs a second, separate copy to its end and returns its exit code (or -1 on timeout).
+    int runToEnd(const QStringList& args, int timeoutMs, QString* stdoutText = nullptr,
+                 QString* stderrText = nullptr);
+    bool waitForExit(int timeoutMs);
+
+    // X window ids of visible windows whose name matches the regular expression.
+    static QStringList findWindows(const QString& namePattern);
+    static bool waitForWindow(const QString& namePattern, int timeoutMs, QString* id = nullptr);
+    static bool xdotool(const QStringList& args);
+
+private:
+    QTemporaryDir m_dir;
+    QProcessEnvironment m_env;
+    std::unique_ptr<QProcess> m_process;
+};
+
+} // namespace lanmira::e2e
