@@ -22,7 +22,7 @@ function(lanmira_add_test)
         set(T_TIMEOUT 120)
     endif()
     add_test(NAME ${T_NAME} COMMAND ${T_NAME} --gtest_brief=1)
-    set(_env "QT_QPA_PLATFORM=offscreen" "LANMIRA_BUILD_DIR=${PROJECT_BINARY_DIR}")
+    set(_env "QT_QPA_PLATFORM=offscreen" "LANMIRA_BUILD_DIR=${PROJECT_BINARY_DIR}" ${LANMIRA_SANITIZER_TEST_ENV})
     set_tests_properties(${T_NAME} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}"
                          ENVIRONMENT "${_env}")
 endfunction()

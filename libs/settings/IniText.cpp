@@ -54,10 +54,11 @@ std::size_t sequenceLength(std::string_view text, std::size_t i) {
     return len;
 }
 
-// Valid UTF-8, and no control characters at all (tab included).
-bool isPrintableUtf8(std::string_view text) {
+// Valid UTF-8 without control characters; a tab only where allowed.
+bool isUtf8WithoutControls(std::string_view text, bool allowTab) {
     for (std::size_t i = 0; i < text.size();) {
-        if (isControl(static_cast<unsigned char>(text[i])))
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (isControl(c) && !(allowTab && c == '\t'))
             return false;
         const std::size_t len = sequenceLength(text, i);
         if (len == 0)
@@ -76,7 +77,7 @@ bool isSafeRaw(std::string_view text) {
         return false;
     if (text.find_first_of("\"\\") != std::string_view::npos)
         return false;
-    return isPrintableUtf8(text);
+    return isUtf8WithoutControls(text, false);
 }
 
 int hexDigit(char c) {
@@ -116,16 +117,7 @@ std::string foldCase(std::string_view text) {
 }
 
 bool isCleanLine(std::string_view text) {
-    for (std::size_t i = 0; i < text.size();) {
-        const auto c = static_cast<unsigned char>(text[i]);
-        if (c != '\t' && isControl(c))
-            return false;
-        const std::size_t len = sequenceLength(text, i);
-        if (len == 0)
-            return false;
-        i += len;
-    }
-    return true;
+    return isUtf8WithoutControls(text, true);
 }
 
 bool isSafeRawValue(std::string_view value) {

@@ -26,6 +26,14 @@ constexpr int kCopyrightLabel = 1004;
 constexpr int kOkButton = 1;
 } // namespace
 
+const char* CAboutDlg::dialogName() {
+    return kDialog;
+}
+
+std::vector<int> CAboutDlg::controlIds() {
+    return {0, kOkButton, kProductLabel, kVersionLabel, kBuildLabel, kCopyrightLabel};
+}
+
 QString CAboutDlg::buildDate() {
     return QStringLiteral(LANMIRA_BUILD_DATE);
 }

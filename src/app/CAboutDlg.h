@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+#include <vector>
+
 namespace lanmira {
 
 // The About box: product name, version, build date, and the update text the profile gave.
@@ -11,6 +13,9 @@ public:
     explicit CAboutDlg(QWidget* parent = nullptr);
 
     static QString buildDate();
+    // The dialog name and control ids whose texts come from the catalogs.
+    static const char* dialogName();
+    static std::vector<int> controlIds();
 };
 
 } // namespace lanmira

@@ -2,14 +2,7 @@
 
 #include "i18n/i18n.h"
 #include "platform/CommandIds.h"
-#include "platform/CommandRouter.h"
-#include "platform/FrameHost.h"
-#include "platform/MenuBuilder.h"
 #include "platform/PostedMessage.h"
-
-#include <QCloseEvent>
-#include <QMenuBar>
-#include <QStatusBar>
 
 namespace lanmira {
 
@@ -21,36 +14,12 @@ const MenuResource& CMainFrame1::menuResource() {
     return menu;
 }
 
-CMainFrame1::CMainFrame1(FrameHost& host) : m_host(host), m_router(new CommandRouter(this)) {
-    setObjectName(QStringLiteral("CMainFrame1"));
+CMainFrame1::CMainFrame1(FrameHost& host)
+    : ModeFrame(host, menuResource(), QStringLiteral("CMainFrame1")) {
     setWindowTitle(i18n_stringW("ids_lanmira_browser_title"));
-    m_router->setTargets({this, m_host.applicationCommands()});
-    MenuBuilder::fillMenuBar(menuBar(), menuResource(), *m_router);
     auto* centre = new QWidget(this);
     centre->setObjectName(QStringLiteral("browserView"));
-    centre->setAutoFillBackground(true);
     setCentralWidget(centre);
-    statusBar()->setObjectName(QStringLiteral("browserStatusBar"));
-    resize(1024, 720);
-}
-
-CMainFrame1::~CMainFrame1() = default;
-
-bool CMainFrame1::onCommand(int /*id*/) {
-    return false;
-}
-
-bool CMainFrame1::onUpdateCommand(int /*id*/, CommandState& /*state*/) {
-    return false;
-}
-
-void CMainFrame1::closeEvent(QCloseEvent* event) {
-    if (!m_host.queryClose(this)) {
-        event->ignore();
-        return;
-    }
-    event->accept();
-    m_host.frameClosed(this);
 }
 
 void CMainFrame1::customEvent(QEvent* event) {
@@ -59,7 +28,7 @@ void CMainFrame1::customEvent(QEvent* event) {
         Q_EMIT camerasChanged();
         return;
     }
-    QMainWindow::customEvent(event);
+    ModeFrame::customEvent(event);
 }
 
 } // namespace lanmira

@@ -7,20 +7,8 @@
 #include <QMenu>
 #include <QMenuBar>
 
-#include <mutex>
-
 namespace lanmira {
 namespace {
-
-struct MenuRegistry {
-    std::mutex mutex; // guards menus
-    std::vector<const MenuResource*> menus;
-};
-
-MenuRegistry& menuRegistry() {
-    static MenuRegistry r;
-    return r;
-}
 
 QString keyName(const QString& word) {
     // The catalogs spell a few keys the way the other desktop does.
@@ -68,19 +56,6 @@ QKeySequence oneShortcut(QString text) {
 }
 
 } // namespace
-
-const std::vector<const MenuResource*>& allMenuResources() {
-    return menuRegistry().menus;
-}
-
-void registerMenuResource(const MenuResource* menu) {
-    auto& r = menuRegistry();
-    std::lock_guard lock(r.mutex);
-    for (const MenuResource* m : r.menus)
-        if (m == menu)
-            return;
-    r.menus.push_back(menu);
-}
 
 QList<QKeySequence> MenuBuilder::parseShortcut(const QString& shortcut) {
     QString s = shortcut.trimmed();
@@ -146,7 +121,6 @@ void MenuBuilder::fillMenu(QMenu* target, const std::string& menuName,
 }
 
 void MenuBuilder::fillMenuBar(QMenuBar* bar, const MenuResource& menu, CommandRouter& router) {
-    registerMenuResource(&menu);
     for (const MenuEntry& e : menu.entries) {
         if (e.kind != MenuEntry::Kind::Popup)
             continue;

@@ -27,8 +27,4 @@ struct MenuResource {
     std::vector<MenuEntry> entries;
 };
 
-// Every menu resource of the program, for the catalog check.
-const std::vector<const MenuResource*>& allMenuResources();
-void registerMenuResource(const MenuResource* menu);
-
 } // namespace lanmira

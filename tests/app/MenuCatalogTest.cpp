@@ -1,3 +1,4 @@
+#include "app/CAboutDlg.h"
 #include "browser/CMainFrame1.h"
 #include "i18n/i18n.h"
 #include "platform/MenuResource.h"
@@ -26,12 +27,15 @@ void collectMissing(const std::string& menu, const std::vector<MenuEntry>& entri
 
 } // namespace
 
-// Menus are tables in code, so their texts are checked by walking the tables.
-TEST(MenuCatalog, EveryMenuEntryHasAnEnglishText) {
+// Menus and dialogs are tables in code, so their texts are checked by walking the tables.
+TEST(MenuCatalog, EveryMenuEntryAndDialogControlHasAnEnglishText) {
     ASSERT_TRUE(i18n_init(QString::fromUtf8(LANMIRA_BUILD_DIR "/share/lanmira/i18n"), 0));
     std::vector<std::string> missing;
     for (const MenuResource* menu : {&CMainFrame1::menuResource(), &CMainFrame2::menuResource()})
         collectMissing(menu->name, menu->entries, missing);
+    for (int id : CAboutDlg::controlIds())
+        if (!i18n_hasEnglish(CAboutDlg::dialogName(), std::to_string(id).c_str()))
+            missing.push_back(std::string(CAboutDlg::dialogName()) + "/" + std::to_string(id));
     std::string list;
     for (const auto& m : missing)
         list += m + "\n";

@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QThread>
 
+#include <csignal>
+
 namespace lanmira::e2e {
 namespace {
 
@@ -98,23 +100,65 @@ int LanmiraRun::runToEnd(const QStringList& args, int timeoutMs, QString* stdout
     return p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
 }
 
-bool LanmiraRun::waitForExit(int timeoutMs) {
-    return m_process && m_process->waitForFinished(timeoutMs);
+void LanmiraRun::signal(int signo) {
+    if (!m_process || m_process->state() != QProcess::Running)
+        return;
+    const qint64 pid = m_process->processId();
+    if (pid > 0)
+        ::kill(static_cast<pid_t>(pid), signo);
 }
 
-QStringList LanmiraRun::findWindows(const QString& namePattern) {
+bool LanmiraRun::waitForExit(int timeoutMs) {
+    if (!m_process)
+        return false;
+    // waitForFinished() answers false for a process that has already ended.
+    return m_process->state() == QProcess::NotRunning || m_process->waitForFinished(timeoutMs);
+}
+
+std::string LanmiraRun::diagnose() {
+    QString out;
+    if (m_process) {
+        m_process->waitForReadyRead(200);
+        out += QStringLiteral("state %1, stderr: ").arg(m_process->state()) +
+               QString::fromUtf8(m_process->readAllStandardError());
+    }
+    QProcess xd;
+    xd.start(QStringLiteral("xdotool"),
+             {QStringLiteral("search"), QStringLiteral("--name"), QStringLiteral(".")});
+    xd.waitForFinished(5000);
+    out += QStringLiteral("\nxdotool (%1): ").arg(xd.exitCode()) +
+           QString::fromUtf8(xd.readAllStandardOutput() + xd.readAllStandardError());
+    if (m_process && m_process->state() == QProcess::Running) {
+        QProcess gdb;
+        gdb.start(QStringLiteral("gdb"),
+                  {QStringLiteral("-p"), QString::number(m_process->processId()),
+                   QStringLiteral("-batch"), QStringLiteral("-ex"),
+                   QStringLiteral("thread apply all bt 12")});
+        gdb.waitForFinished(30000);
+        out += QStringLiteral("\nbacktrace:\n") + QString::fromUtf8(gdb.readAllStandardOutput());
+    }
+    return out.toStdString();
+}
+
+QStringList LanmiraRun::findWindows(const QString& namePattern, const QString& display) {
     QProcess p;
+    if (!display.isEmpty()) {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DISPLAY"), display);
+        p.setProcessEnvironment(env);
+    }
     p.start(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
                                         QStringLiteral("--name"), namePattern});
     p.waitForFinished(5000);
     return QString::fromUtf8(p.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
 }
 
-bool LanmiraRun::waitForWindow(const QString& namePattern, int timeoutMs, QString* id) {
+bool LanmiraRun::waitForWindow(const QString& namePattern, int timeoutMs, QString* id,
+                               const QString& display) {
     QElapsedTimer t;
     t.start();
     while (t.elapsed() < timeoutMs) {
-        const QStringList ids = findWindows(namePattern);
+        const QStringList ids = findWindows(namePattern, display);
         if (!ids.isEmpty()) {
             // Mapped is not yet ready for input: give the toolkit a moment to settle.
             QThread::msleep(300);

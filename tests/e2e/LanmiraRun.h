@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 
 #include <memory>
+#include <string>
 
 namespace lanmira::e2e {
 
@@ -17,7 +18,12 @@ public:
     ~LanmiraRun();
 
     QString prefix() const { return m_dir.path() + QStringLiteral("/prefix"); }
-    QString program() const { return prefix() + QStringLiteral("/bin/lanmira"); }
+    QString program() const {
+        return m_program.isEmpty() ? prefix() + QStringLiteral("/bin/lanmira") : m_program;
+    }
+    // Runs another copy of the program (an installed one) instead of the private one.
+    void setProgram(const QString& path) { m_program = path; }
+    QString scratch() const { return m_dir.path(); }
     QString configHome() const { return m_dir.path() + QStringLiteral("/config"); }
     QString runtimeDir() const { return m_dir.path() + QStringLiteral("/run"); }
     QString profileInShare() const {
@@ -38,14 +44,23 @@ public:
     int runToEnd(const QStringList& args, int timeoutMs, QString* stdoutText = nullptr,
                  QString* stderrText = nullptr);
     bool waitForExit(int timeoutMs);
+    // Signals the running program; does nothing once it has ended (a pid of 0 would signal
+    // the whole process group, test runner included).
+    void signal(int signo);
+    // What a failed wait needs to be understood: the program's stderr, the windows the X
+    // server has, and where the program's threads are.
+    std::string diagnose();
 
-    // X window ids of visible windows whose name matches the regular expression.
-    static QStringList findWindows(const QString& namePattern);
-    static bool waitForWindow(const QString& namePattern, int timeoutMs, QString* id = nullptr);
+    // X window ids of visible windows whose name matches the regular expression, on the
+    // test's display or the one given (":N").
+    static QStringList findWindows(const QString& namePattern, const QString& display = {});
+    static bool waitForWindow(const QString& namePattern, int timeoutMs, QString* id = nullptr,
+                              const QString& display = {});
     static bool xdotool(const QStringList& args);
 
 private:
     QTemporaryDir m_dir;
+    QString m_program;
     QProcessEnvironment m_env;
     std::unique_ptr<QProcess> m_process;
 };

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/CommandTarget.h"
+#include "platform/MenuResource.h"
+
+#include <QMainWindow>
+
+namespace lanmira {
+
+class CommandRouter;
+class FrameHost;
+
+// A main window of one of the program's modes: its commands end their route at the
+// application, and closing it is the application's decision.
+class ModeFrame : public QMainWindow, public CommandTarget {
+    Q_OBJECT
+public:
+    ModeFrame(FrameHost& host, const MenuResource& menu, const QString& objectName);
+    ~ModeFrame() override;
+
+    CommandRouter& router() { return *m_router; }
+
+    bool onCommand(int id) override;
+    bool onUpdateCommand(int id, CommandState& state) override;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    FrameHost& host() { return m_host; }
+
+private:
+    FrameHost& m_host;
+    CommandRouter* m_router;
+};
+
+} // namespace lanmira
