@@ -1,0 +1,318 @@
+#include "imagelib/bmp/BmpCodec.h"
+
+#include "imagelib/core/WriteAll.h"
+#include "imagelib/imagelib.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <vector>
+
+namespace imagelib {
+namespace {
+
+constexpr std::size_t kFileHeader = 14;
+constexpr char kTruncated[] = "The BMP file is damaged or incomplete.";
+
+struct Fields {
+    std::int64_t width = 0;
+    std::int64_t height = 0; // positive; topDown says how the rows lie in the file
+    bool topDown = false;
+    int bitCount = 0;
+    std::uint32_t compression = kBiRgb;
+    std::uint32_t masks[3] = {0, 0, 0}; // red, green, blue
+    std::size_t paletteOffset = 0;
+    std::size_t paletteEntrySize = 4;
+    std::size_t colours = 0;
+};
+
+// One channel of a bit-field pixel, scaled to 8 bits.
+struct Channel {
+    std::uint32_t mask = 0;
+    int shift = 0;
+    int bits = 0;
+
+    explicit Channel(std::uint32_t m) : mask(m) {
+        if (m) {
+            shift = std::countr_zero(m);
+            bits = std::popcount(m >> shift);
+            bits = std::min(bits, 8 + 24); // masks are contiguous in sane files
+        }
+    }
+    std::uint8_t value(std::uint32_t pixel) const {
+        if (!mask)
+            return 0;
+        const std::uint32_t v = (pixel & mask) >> shift;
+        if (bits >= 8)
+            return static_cast<std::uint8_t>(v >> (bits - 8));
+        const std::uint32_t max = (1u << bits) - 1;
+        return static_cast<std::uint8_t>((v * 255 + max / 2) / max);
+    }
+};
+
+bool readFields(std::span<const std::uint8_t> b, Fields& f, std::string& error) {
+    if (b.size() < kFileHeader + 12) {
+        error = kTruncated;
+        return false;
+    }
+    const std::uint32_t headerSize = readLe32(&b[kFileHeader]);
+    const std::uint8_t* h = &b[kFileHeader];
+    if (headerSize == 12) { // OS/2 core header
+        f.width = readLe16(h + 4);
+        f.height = readLe16(h + 6);
+        f.bitCount = readLe16(h + 10);
+        f.paletteEntrySize = 3;
+    } else if (headerSize >= 40 && headerSize <= 124 && b.size() >= kFileHeader + headerSize) {
+        f.width = static_cast<std::int32_t>(readLe32(h + 4));
+        const auto height = static_cast<std::int32_t>(readLe32(h + 8));
+        f.topDown = height < 0;
+        f.height = height < 0 ? -static_cast<std::int64_t>(height) : height;
+        f.bitCount = readLe16(h + 14);
+        f.compression = readLe32(h + 16);
+        f.colours = readLe32(h + 32);
+        if (f.compression == kBiBitfields || f.compression == 6 /* alpha bit fields */) {
+            // The masks follow a 40-byte header, or sit inside a V4/V5 header.
+            const std::size_t at = kFileHeader + 40;
+            if (b.size() < at + 12) {
+                error = kTruncated;
+                return false;
+            }
+            for (int i = 0; i < 3; ++i)
+                f.masks[i] = readLe32(&b[at + 4 * static_cast<std::size_t>(i)]);
+            f.compression = kBiBitfields;
+        }
+    } else {
+        error = "The BMP file has a header this program does not know.";
+        return false;
+    }
+    f.paletteOffset = kFileHeader + headerSize;
+    if (headerSize == 40 && f.compression == kBiBitfields)
+        f.paletteOffset += 12;
+
+    const int d = f.bitCount;
+    const bool rle = f.compression == kBiRle8 || f.compression == kBiRle4;
+    if (!(d == 1 || d == 4 || d == 8 || d == 16 || d == 24 || d == 32) ||
+        (f.compression == kBiRle8 && d != 8) || (f.compression == kBiRle4 && d != 4) ||
+        (f.compression == kBiBitfields && d != 16 && d != 32) ||
+        (f.compression != kBiRgb && !rle && f.compression != kBiBitfields)) {
+        error = "The BMP file uses a kind of compression or depth this program cannot read.";
+        return false;
+    }
+    if (rle && f.topDown) {
+        error = "The BMP file is damaged (compressed rows cannot run top-down).";
+        return false;
+    }
+    if (d <= 8) {
+        const std::size_t full = std::size_t{1} << d;
+        if (f.colours == 0 || f.colours > full)
+            f.colours = full;
+    } else {
+        f.colours = 0;
+    }
+    return DibBuffer::sizeAcceptable(f.width, f.height, d, error);
+}
+
+void readPalette(std::span<const std::uint8_t> b, const Fields& f, DibBuffer& dib) {
+    RgbQuad* pal = dib.palette();
+    for (std::size_t i = 0; i < f.colours; ++i) {
+        const std::size_t at = f.paletteOffset + i * f.paletteEntrySize;
+        if (at + 3 > b.size())
+            break; // a short table leaves black entries rather than failing the picture
+        pal[i] = {b[at], b[at + 1], b[at + 2], 0};
+    }
+}
+
+// RLE4 and RLE8: absolute runs, encoded runs, end of line, end of picture and deltas. Pixels
+// a file never sets stay index 0, as in every reader of this format.
+bool decodeRle(std::span<const std::uint8_t> data, const Fields& f, DibBuffer& dib) {
+    const int w = dib.width();
+    const int h = dib.height();
+    const bool four = f.compression == kBiRle4;
+    for (int y = 0; y < h; ++y)
+        std::memset(dib.row(y), 0, dib.stride());
+    auto put = [&](int x, int y, int index) {
+        if (x < 0 || x >= w || y < 0 || y >= h)
+            return;
+        std::uint8_t* row = dib.row(y);
+        if (four) {
+            std::uint8_t& byte = row[x / 2];
+            byte = (x & 1) ? static_cast<std::uint8_t>((byte & 0xF0) | (index & 0x0F))
+                           : static_cast<std::uint8_t>((byte & 0x0F) | (index << 4));
+        } else {
+            row[x] = static_cast<std::uint8_t>(index);
+        }
+    };
+    std::size_t i = 0;
+    int x = 0;
+    int y = 0;
+    while (i + 1 < data.size() && y < h) {
+        const int count = data[i];
+        const int value = data[i + 1];
+        i += 2;
+        if (count > 0) {
+            for (int k = 0; k < count; ++k, ++x)
+                put(x, y, four ? ((k & 1) ? value & 0x0F : value >> 4) : value);
+            continue;
+        }
+        if (value == 0) { // end of line
+            x = 0;
+            ++y;
+        } else if (value == 1) { // end of picture
+            return true;
+        } else if (value == 2) { // delta
+            if (i + 1 >= data.size())
+                return false;
+            x += data[i];
+            y += data[i + 1];
+            i += 2;
+        } else { // absolute run of `value` pixels, padded to a 16-bit boundary
+            const std::size_t bytes =
+                four ? (static_cast<std::size_t>(value) + 1) / 2 : static_cast<std::size_t>(value);
+            if (i + bytes > data.size())
+                return false;
+            for (int k = 0; k < value; ++k, ++x) {
+                const std::uint8_t b = data[i + (four ? static_cast<std::size_t>(k) / 2
+                                                      : static_cast<std::size_t>(k))];
+                put(x, y, four ? ((k & 1) ? b & 0x0F : b >> 4) : b);
+            }
+            i += (bytes + 1) & ~std::size_t{1};
+        }
+    }
+    // Running out of data before the end marker: what arrived is kept, the rest is index 0.
+    return y > 0 || x > 0;
+}
+
+bool standardMasks(const Fields& f) {
+    if (f.compression != kBiBitfields)
+        return true;
+    if (f.bitCount == 16)
+        return f.masks[0] == 0x7C00 && f.masks[1] == 0x03E0 && f.masks[2] == 0x001F;
+    return f.masks[0] == 0x00FF0000 && f.masks[1] == 0x0000FF00 && f.masks[2] == 0x000000FF;
+}
+
+} // namespace
+
+std::uint32_t BmpCodec::format() const {
+    return IMAGELIB_FMT_BMP;
+}
+
+bool BmpCodec::probe(std::span<const std::uint8_t> head) const {
+    return head.size() >= 2 && head[0] == 'B' && head[1] == 'M';
+}
+
+DecodeResult BmpCodec::decode(std::span<const std::uint8_t> b,
+                              const DecodeRequest& /*request*/) const {
+    DecodeResult r;
+    Fields f;
+    if (!readFields(b, f, r.error))
+        return r;
+    const std::uint32_t offBits = readLe32(&b[10]);
+    if (offBits >= b.size()) {
+        r.error = kTruncated;
+        return r;
+    }
+    const auto data = b.subspan(offBits);
+    const bool rle = f.compression == kBiRle8 || f.compression == kBiRle4;
+    const std::size_t fileStride =
+        dibStride(static_cast<std::uint64_t>(f.width), static_cast<std::uint32_t>(f.bitCount));
+    if (!rle && data.size() < fileStride * static_cast<std::size_t>(f.height)) {
+        r.error = kTruncated;
+        return r;
+    }
+    if (rle &&
+        static_cast<std::uint64_t>(f.width) * static_cast<std::uint64_t>(f.height) >
+            std::max<std::uint64_t>(std::uint64_t{64} << 20, data.size() * std::uint64_t{2048})) {
+        r.error = "The BMP file claims a picture far larger than its data.";
+        return r;
+    }
+
+    // Odd bit fields cannot stay packed as they are: such pictures become 24-bit.
+    const bool convert = f.bitCount >= 16 && !standardMasks(f);
+    const int outDepth = convert ? 24 : f.bitCount;
+    r.dib = DibBuffer::create(f.width, f.height, outDepth, static_cast<int>(f.colours), r.error);
+    if (!r.dib)
+        return r;
+    if (f.colours)
+        readPalette(b, f, r.dib);
+
+    if (rle) {
+        if (!decodeRle(data, f, r.dib)) {
+            r.dib = {};
+            r.error = kTruncated;
+        }
+        return r;
+    }
+    const int h = r.dib.height();
+    const int w = r.dib.width();
+    if (!convert) {
+        const std::size_t n = std::min(fileStride, r.dib.stride());
+        for (int y = 0; y < h; ++y) {
+            const std::uint8_t* src = &data[static_cast<std::size_t>(y) * fileStride];
+            std::uint8_t* dst = f.topDown ? r.dib.topRow(y) : r.dib.row(y);
+            std::memcpy(dst, src, n);
+        }
+        return r;
+    }
+    const Channel red(f.masks[0]), green(f.masks[1]), blue(f.masks[2]);
+    for (int y = 0; y < h; ++y) {
+        const std::uint8_t* src = &data[static_cast<std::size_t>(y) * fileStride];
+        std::uint8_t* dst = f.topDown ? r.dib.topRow(y) : r.dib.row(y);
+        for (int x = 0; x < w; ++x) {
+            const std::uint32_t p =
+                f.bitCount == 16 ? readLe16(src + 2 * x) : readLe32(src + 4 * x);
+            dst[3 * x] = blue.value(p);
+            dst[3 * x + 1] = green.value(p);
+            dst[3 * x + 2] = red.value(p);
+        }
+        std::memset(dst + 3 * static_cast<std::size_t>(w), 0,
+                    r.dib.stride() - 3 * static_cast<std::size_t>(w));
+    }
+    return r;
+}
+
+bool BmpCodec::canSave(const DibView& dib) const {
+    return dib.valid();
+}
+
+bool BmpCodec::save(const DibView& dib, const SaveRequest& /*request*/, int fd,
+                    std::string& error) const {
+    const BitmapInfoHeader& h = dib.header();
+    const bool fields = h.compression == kBiBitfields;
+    const std::size_t table = dib.palette().size() * sizeof(RgbQuad) + (fields ? 12 : 0);
+    const std::size_t pixels = dib.stride() * static_cast<std::size_t>(dib.height());
+    const std::size_t offBits = kFileHeader + sizeof(BitmapInfoHeader) + table;
+
+    std::uint8_t head[kFileHeader + sizeof(BitmapInfoHeader)];
+    head[0] = 'B';
+    head[1] = 'M';
+    writeLe32(head + 2, static_cast<std::uint32_t>(offBits + pixels));
+    writeLe32(head + 6, 0);
+    writeLe32(head + 10, static_cast<std::uint32_t>(offBits));
+    BitmapInfoHeader out = h;
+    out.sizeImage = static_cast<std::uint32_t>(pixels);
+    out.clrUsed = static_cast<std::uint32_t>(dib.palette().size());
+    std::memcpy(head + kFileHeader, &out, sizeof(out));
+
+    std::vector<std::uint8_t> extra;
+    if (fields) {
+        extra.resize(12);
+        writeLe32(&extra[0], dib.redMask());
+        writeLe32(&extra[4], dib.greenMask());
+        writeLe32(&extra[8], dib.blueMask());
+    }
+    const auto* palette = reinterpret_cast<const std::uint8_t*>(dib.palette().data());
+    if (!writeAll(fd, head, sizeof(head)) || !writeAll(fd, extra.data(), extra.size()) ||
+        !writeAll(fd, palette, dib.palette().size() * sizeof(RgbQuad)) ||
+        !writeAll(fd, dib.row(0), pixels)) {
+        error = "The file could not be written (the disk may be full).";
+        return false;
+    }
+    return true;
+}
+
+const Codec& bmpCodec() {
+    static const BmpCodec codec;
+    return codec;
+}
+
+} // namespace imagelib

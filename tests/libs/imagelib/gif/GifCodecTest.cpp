@@ -1,0 +1,1 @@
+// Tests for the Gif codec come with its implementation.

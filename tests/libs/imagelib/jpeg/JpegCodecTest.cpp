@@ -1,0 +1,1 @@
+// Tests for the Jpeg codec come with its implementation.

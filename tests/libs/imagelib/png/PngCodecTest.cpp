@@ -1,0 +1,1 @@
+// Tests for the Png codec come with its implementation.

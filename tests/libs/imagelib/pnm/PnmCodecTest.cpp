@@ -1,0 +1,1 @@
+// Tests for the Pnm codec come with its implementation.

@@ -1,0 +1,1 @@
+// Tests for the Tiff codec come with its implementation.

@@ -1,0 +1,1 @@
+// Tests for the Webp codec come with its implementation.
