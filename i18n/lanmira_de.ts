@@ -85,4 +85,59 @@
         <translation>Ü&amp;ber...</translation>
     </message>
 </context>
+<context>
+    <name>IDD_IMAGEOPTIONS</name>
+    <message>
+        <source>0</source>
+        <translation>Optionen für %s</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>1201</source>
+        <translation>&amp;Qualität:</translation>
+    </message>
+    <message>
+        <source>1202</source>
+        <translation>&amp;Progressiv</translation>
+    </message>
+    <message>
+        <source>1203</source>
+        <translation>Kompressions&amp;stufe:</translation>
+    </message>
+    <message>
+        <source>1204</source>
+        <translation>&amp;Kompression:</translation>
+    </message>
+    <message>
+        <source>1205</source>
+        <translation>&amp;Verlustfrei</translation>
+    </message>
+    <message>
+        <source>1210</source>
+        <translation>Keine</translation>
+    </message>
+    <message>
+        <source>1211</source>
+        <translation>LZW</translation>
+    </message>
+    <message>
+        <source>1212</source>
+        <translation>Deflate (ZIP)</translation>
+    </message>
+    <message>
+        <source>1213</source>
+        <translation>PackBits</translation>
+    </message>
+    <message>
+        <source>1214</source>
+        <translation>JPEG</translation>
+    </message>
+</context>
 </TS>

@@ -85,4 +85,59 @@
         <translation>&amp;About...</translation>
     </message>
 </context>
+<context>
+    <name>IDD_IMAGEOPTIONS</name>
+    <message>
+        <source>0</source>
+        <translation>%s Options</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>1201</source>
+        <translation>&amp;Quality:</translation>
+    </message>
+    <message>
+        <source>1202</source>
+        <translation>&amp;Progressive</translation>
+    </message>
+    <message>
+        <source>1203</source>
+        <translation>Compression &amp;level:</translation>
+    </message>
+    <message>
+        <source>1204</source>
+        <translation>&amp;Compression:</translation>
+    </message>
+    <message>
+        <source>1205</source>
+        <translation>&amp;Lossless</translation>
+    </message>
+    <message>
+        <source>1210</source>
+        <translation>None</translation>
+    </message>
+    <message>
+        <source>1211</source>
+        <translation>LZW</translation>
+    </message>
+    <message>
+        <source>1212</source>
+        <translation>Deflate (ZIP)</translation>
+    </message>
+    <message>
+        <source>1213</source>
+        <translation>PackBits</translation>
+    </message>
+    <message>
+        <source>1214</source>
+        <translation>JPEG</translation>
+    </message>
+</context>
 </TS>

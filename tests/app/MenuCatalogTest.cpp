@@ -1,6 +1,7 @@
 #include "app/CAboutDlg.h"
 #include "browser/CMainFrame1.h"
 #include "i18n/i18n.h"
+#include "platform/CImageOptionsDlg.h"
 #include "platform/MenuResource.h"
 #include "viewer/CMainFrame2.h"
 
@@ -33,9 +34,13 @@ TEST(MenuCatalog, EveryMenuEntryAndDialogControlHasAnEnglishText) {
     std::vector<std::string> missing;
     for (const MenuResource* menu : {&CMainFrame1::menuResource(), &CMainFrame2::menuResource()})
         collectMissing(menu->name, menu->entries, missing);
-    for (int id : CAboutDlg::controlIds())
-        if (!i18n_hasEnglish(CAboutDlg::dialogName(), std::to_string(id).c_str()))
-            missing.push_back(std::string(CAboutDlg::dialogName()) + "/" + std::to_string(id));
+    const std::pair<const char*, std::vector<int>> dialogs[] = {
+        {CAboutDlg::dialogName(), CAboutDlg::controlIds()},
+        {CImageOptionsDlg::dialogName(), CImageOptionsDlg::controlIds()}};
+    for (const auto& [dialog, ids] : dialogs)
+        for (int id : ids)
+            if (!i18n_hasEnglish(dialog, std::to_string(id).c_str()))
+                missing.push_back(std::string(dialog) + "/" + std::to_string(id));
     std::string list;
     for (const auto& m : missing)
         list += m + "\n";
