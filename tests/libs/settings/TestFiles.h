@@ -10,30 +10,26 @@
 #include <vector>
 
 // A fresh folder under the system temp folder, removed with everything in it.
-class TempDir {
-public:
-    TempDir() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "lanmira-settings-XXXXXX");
-        path_ = ::mkdtemp(pattern.data()) ? pattern : std::string();
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
+struct TempDir {
+    std::filesystem::path path = make();
     ~TempDir() {
         std::error_code ec;
-        std::filesystem::permissions(path_, std::filesystem::perms::owner_all,
-                                     std::filesystem::perm_options::add, ec);
-        std::filesystem::remove_all(path_, ec);
+        std::filesystem::remove_all(path, ec);
     }
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
+    static std::filesystem::path make() {
+        std::string pattern = std::filesystem::temp_directory_path() / "lanmira-settings-XXXXXX";
+        return ::mkdtemp(pattern.data()) ? pattern : std::string();
+    }
 };
 
+inline void writeFile(const std::filesystem::path& file, const std::string& text) {
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << text;
+}
+
 inline std::string readFile(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(file, std::ios::binary).rdbuf();
     return text.str();
 }
 

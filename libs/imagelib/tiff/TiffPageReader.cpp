@@ -1,0 +1,499 @@
+#include "imagelib/tiff/TiffPageReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <tiffio.h>
+
+namespace imagelib {
+namespace {
+
+constexpr char kDamaged[] = "The TIFF file is damaged or incomplete.";
+constexpr char kUnsupported[] = "The TIFF file holds a kind of picture this program cannot read.";
+constexpr char kBomb[] = "The TIFF file claims a picture far larger than its data.";
+constexpr char kNoMemory[] = "There is not enough memory to open the image.";
+
+// Below this every claim is believed: small pictures are cheap even when the data is short.
+constexpr std::uint64_t kAlwaysBelievable = std::uint64_t{16} << 20;
+// A strip or tile is decoded whole; no sane file has one this large.
+constexpr std::uint64_t kMaxBlockBytes = std::uint64_t{1} << 30;
+// Raster the colour-conversion fallback fills at a time.
+constexpr std::uint64_t kRgbaChunkBytes = std::uint64_t{16} << 20;
+
+struct Layout {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint16_t bps = 1;
+    std::uint16_t spp = 1;
+    std::uint16_t photometric = 0;
+    std::uint16_t planar = PLANARCONFIG_CONTIG;
+    std::uint16_t compression = COMPRESSION_NONE;
+    std::uint16_t sampleFormat = SAMPLEFORMAT_UINT;
+    bool separate() const { return planar == PLANARCONFIG_SEPARATE && spp > 1; }
+};
+
+enum class Kind { Grey, Palette, Rgb, Fallback };
+
+// How the samples of one directory become packed-bitmap pixels.
+struct Plan {
+    Kind kind = Kind::Fallback;
+    int outBits = 0;
+    int colours = 0;
+    bool invert = false;        // min-is-white
+    bool premultiplied = false; // associated alpha, stored straight in the bitmap
+    bool hasAlpha = false;
+    int channels[4] = {0, 0, 0, 0}; // samples read: the colour ones, then alpha
+    int channelCount = 0;
+};
+
+// How far each compression can plausibly expand its data; generous, as the point is only to
+// refuse a tiny file that claims a gigantic picture.
+std::uint64_t expansionLimit(std::uint16_t compression) {
+    switch (compression) {
+    case COMPRESSION_NONE:
+        return 1;
+    case COMPRESSION_PACKBITS:
+        return 130;
+    case COMPRESSION_CCITTRLE:
+    case COMPRESSION_CCITTFAX3:
+    case COMPRESSION_CCITTFAX4:
+    case COMPRESSION_CCITTRLEW:
+        return 20000; // a blank fax row costs a single bit
+    default:
+        return 2000; // LZW and Deflate of uniform data stay below this
+    }
+}
+
+// The first extra sample, when it is alpha; files without the ExtraSamples tag carry none.
+int alphaSample(TIFF* tif, const Layout& l, int colourSamples, bool& premultiplied) {
+    std::uint16_t count = 0;
+    const std::uint16_t* types = nullptr;
+    if (l.spp <= colourSamples || !TIFFGetField(tif, TIFFTAG_EXTRASAMPLES, &count, &types) ||
+        count == 0 || !types)
+        return -1;
+    if (types[0] != EXTRASAMPLE_ASSOCALPHA && types[0] != EXTRASAMPLE_UNASSALPHA)
+        return -1;
+    premultiplied = types[0] == EXTRASAMPLE_ASSOCALPHA;
+    return colourSamples;
+}
+
+Plan choosePlan(TIFF* tif, Layout& l) {
+    Plan p;
+    const auto addChannel = [&p](int sample) { p.channels[p.channelCount++] = sample; };
+    // JPEG-compressed YCbCr: the JPEG decoder converts to RGB itself.
+    if (l.photometric == PHOTOMETRIC_YCBCR && l.compression == COMPRESSION_JPEG &&
+        l.planar == PLANARCONFIG_CONTIG && l.bps == 8 && l.spp == 3 &&
+        TIFFSetField(tif, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB))
+        l.photometric = PHOTOMETRIC_RGB;
+
+    const int bps = l.bps;
+    if (l.photometric == PHOTOMETRIC_MINISBLACK || l.photometric == PHOTOMETRIC_MINISWHITE) {
+        if (bps != 1 && bps != 2 && bps != 4 && bps != 8 && bps != 16)
+            return p;
+        p.kind = Kind::Grey;
+        p.invert = l.photometric == PHOTOMETRIC_MINISWHITE;
+        addChannel(0);
+        const int alpha = bps >= 8 ? alphaSample(tif, l, 1, p.premultiplied) : -1;
+        if (alpha >= 0) {
+            p.hasAlpha = true;
+            addChannel(alpha);
+            p.outBits = 32;
+        } else {
+            p.outBits = bps == 2 ? 4 : std::min(bps, 8);
+            p.colours = bps >= 8 ? 256 : 1 << bps;
+        }
+    } else if (l.photometric == PHOTOMETRIC_PALETTE) {
+        if (bps != 1 && bps != 2 && bps != 4 && bps != 8)
+            return p;
+        p.kind = Kind::Palette;
+        addChannel(0);
+        p.outBits = bps == 2 ? 4 : bps;
+        p.colours = 1 << bps;
+    } else if (l.photometric == PHOTOMETRIC_RGB) {
+        if ((bps != 8 && bps != 16) || l.spp < 3)
+            return p;
+        p.kind = Kind::Rgb;
+        addChannel(0);
+        addChannel(1);
+        addChannel(2);
+        const int alpha = alphaSample(tif, l, 3, p.premultiplied);
+        p.hasAlpha = alpha >= 0;
+        if (p.hasAlpha)
+            addChannel(alpha);
+        p.outBits = p.hasAlpha ? 32 : 24;
+    }
+    return p;
+}
+
+// One row of a decoded block: channel c of pixel x is sample x * step + offset[c] of base[c].
+struct SampleRow {
+    const std::uint8_t* base[4] = {};
+    std::size_t offset[4] = {};
+    std::size_t step = 1;
+};
+
+inline unsigned rawSample(const std::uint8_t* base, std::size_t i, int bps) {
+    switch (bps) {
+    case 1:
+        return (base[i >> 3] >> (7 - (i & 7))) & 1u;
+    case 2:
+        return (base[i >> 2] >> (6 - 2 * (i & 3))) & 3u;
+    case 4:
+        return (base[i >> 1] >> ((i & 1) ? 0 : 4)) & 15u;
+    case 8:
+        return base[i];
+    default: {
+        std::uint16_t v; // libtiff has already put 16-bit samples in machine order
+        std::memcpy(&v, base + 2 * i, 2);
+        return v;
+    }
+    }
+}
+
+// 16-bit samples are rounded to the nearest 8-bit value: (v * 255 + 32767) / 65535.
+inline std::uint8_t to8(unsigned v, int bps) {
+    switch (bps) {
+    case 1:
+        return v ? 255 : 0;
+    case 2:
+        return static_cast<std::uint8_t>(v * 85);
+    case 4:
+        return static_cast<std::uint8_t>(v * 17);
+    case 8:
+        return static_cast<std::uint8_t>(v);
+    default:
+        return static_cast<std::uint8_t>((v * 255u + 32767u) / 65535u);
+    }
+}
+
+inline void putIndex(std::uint8_t* row, std::size_t x, int bits, unsigned index) {
+    if (bits == 8) {
+        row[x] = static_cast<std::uint8_t>(index);
+    } else if (bits == 4) {
+        std::uint8_t& b = row[x >> 1];
+        b = (x & 1) ? static_cast<std::uint8_t>((b & 0xF0) | index)
+                    : static_cast<std::uint8_t>((b & 0x0F) | (index << 4));
+    } else {
+        std::uint8_t& b = row[x >> 3];
+        const auto bit = static_cast<std::uint8_t>(0x80 >> (x & 7));
+        b = index ? static_cast<std::uint8_t>(b | bit) : static_cast<std::uint8_t>(b & ~bit);
+    }
+}
+
+inline std::uint8_t unpremultiply(std::uint8_t c, std::uint8_t a) {
+    if (a == 0)
+        return 0;
+    return static_cast<std::uint8_t>(std::min(255u, (c * 255u + a / 2u) / a));
+}
+
+void putRow(const Plan& p, int bps, const SampleRow& s, std::size_t x0, std::size_t cols,
+            std::uint8_t* dst) {
+    const auto sample = [&](int c, std::size_t x) {
+        return rawSample(s.base[c], x * s.step + s.offset[c], bps);
+    };
+    if (p.outBits <= 8) {
+        // Indexed and grey rows whose samples lie packed as the bitmap wants them are copied.
+        if (bps == p.outBits && s.step == 1 && (x0 * static_cast<std::size_t>(bps)) % 8 == 0) {
+            const std::size_t at = x0 * static_cast<std::size_t>(bps) / 8;
+            const std::size_t n = (cols * static_cast<std::size_t>(bps) + 7) / 8;
+            std::memcpy(dst + at, s.base[0], n);
+            if (p.invert)
+                for (std::size_t i = 0; i < n; ++i)
+                    dst[at + i] = static_cast<std::uint8_t>(~dst[at + i]);
+            return;
+        }
+        const unsigned max = bps == 16 ? 255u : (1u << bps) - 1u;
+        for (std::size_t x = 0; x < cols; ++x) {
+            unsigned v = bps == 16 ? to8(sample(0, x), 16) : sample(0, x);
+            if (p.invert)
+                v = max - v;
+            putIndex(dst, x0 + x, p.outBits, v);
+        }
+        return;
+    }
+    const std::size_t bytes = static_cast<std::size_t>(p.outBits / 8);
+    std::uint8_t* out = dst + x0 * bytes;
+    for (std::size_t x = 0; x < cols; ++x, out += bytes) {
+        std::uint8_t r, g, b;
+        if (p.kind == Kind::Grey) {
+            r = to8(sample(0, x), bps);
+            if (p.invert)
+                r = static_cast<std::uint8_t>(255 - r);
+            g = b = r;
+        } else {
+            r = to8(sample(0, x), bps);
+            g = to8(sample(1, x), bps);
+            b = to8(sample(2, x), bps);
+        }
+        if (p.hasAlpha) {
+            const std::uint8_t a = to8(sample(p.channelCount - 1, x), bps);
+            if (p.premultiplied) {
+                r = unpremultiply(r, a);
+                g = unpremultiply(g, a);
+                b = unpremultiply(b, a);
+            }
+            out[3] = a;
+        }
+        out[0] = b;
+        out[1] = g;
+        out[2] = r;
+    }
+}
+
+void fillPalette(TIFF* tif, const Plan& p, DibBuffer& dib) {
+    RgbQuad* pal = dib.palette();
+    if (p.kind == Kind::Grey) {
+        for (int i = 0; i < p.colours; ++i) {
+            const auto v = static_cast<std::uint8_t>(i * 255 / (p.colours - 1));
+            pal[i] = {v, v, v, 0};
+        }
+        return;
+    }
+    std::uint16_t *r = nullptr, *g = nullptr, *b = nullptr;
+    if (!TIFFGetField(tif, TIFFTAG_COLORMAP, &r, &g, &b) || !r || !g || !b)
+        return; // left black
+    // Some writers store 8-bit values in the 16-bit table; scale only a true 16-bit one.
+    bool sixteen = false;
+    for (int i = 0; i < p.colours && !sixteen; ++i)
+        sixteen = r[i] > 255 || g[i] > 255 || b[i] > 255;
+    const int shift = sixteen ? 8 : 0;
+    for (int i = 0; i < p.colours; ++i)
+        pal[i] = {static_cast<std::uint8_t>(b[i] >> shift),
+                  static_cast<std::uint8_t>(g[i] >> shift),
+                  static_cast<std::uint8_t>(r[i] >> shift), 0};
+}
+
+// Strips and tiles alike are blocks; a picture in separate planes has one per channel.
+bool readBlocks(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit, DibBuffer& dib,
+                std::string& error) {
+    const bool tiled = TIFFIsTiled(tif) != 0;
+    std::uint32_t bw = l.width;
+    std::uint32_t bh = l.height;
+    if (tiled) {
+        if (!TIFFGetField(tif, TIFFTAG_TILEWIDTH, &bw) ||
+            !TIFFGetField(tif, TIFFTAG_TILELENGTH, &bh) || bw == 0 || bh == 0) {
+            error = kDamaged;
+            return false;
+        }
+    } else {
+        std::uint32_t rows = 0;
+        TIFFGetFieldDefaulted(tif, TIFFTAG_ROWSPERSTRIP, &rows);
+        if (rows > 0 && rows < l.height)
+            bh = rows;
+    }
+    const tmsize_t blockBytes = tiled ? TIFFTileSize(tif) : TIFFStripSize(tif);
+    const tmsize_t rowBytes = tiled ? TIFFTileRowSize(tif) : TIFFScanlineSize(tif);
+    if (blockBytes <= 0 || rowBytes <= 0 ||
+        static_cast<std::uint64_t>(rowBytes) * bh > static_cast<std::uint64_t>(blockBytes)) {
+        error = kDamaged;
+        return false;
+    }
+    const bool separate = l.separate();
+    const int planes = separate ? p.channelCount : 1;
+    const std::uint64_t total = static_cast<std::uint64_t>(blockBytes) * planes;
+    if (total > kMaxBlockBytes || total > limit) {
+        error = kBomb;
+        return false;
+    }
+    const std::unique_ptr<std::uint8_t[]> buf(new (std::nothrow) std::uint8_t[total]);
+    if (!buf) {
+        error = kNoMemory;
+        return false;
+    }
+    for (std::uint32_t y0 = 0; y0 < l.height; y0 += bh) {
+        const std::uint32_t rows = std::min(bh, l.height - y0);
+        for (std::uint32_t x0 = 0; x0 < l.width; x0 += bw) {
+            for (int i = 0; i < planes; ++i) {
+                const auto sample = static_cast<std::uint16_t>(separate ? p.channels[i] : 0);
+                std::uint8_t* dst = buf.get() + static_cast<std::size_t>(blockBytes) * i;
+                const tmsize_t got =
+                    tiled ? TIFFReadEncodedTile(tif, TIFFComputeTile(tif, x0, y0, 0, sample), dst,
+                                                blockBytes)
+                          : TIFFReadEncodedStrip(tif, TIFFComputeStrip(tif, y0, sample), dst,
+                                                 blockBytes);
+                if (got < static_cast<tmsize_t>(rows) * rowBytes) {
+                    error = kDamaged;
+                    return false;
+                }
+            }
+            const std::size_t cols = std::min(bw, l.width - x0);
+            for (std::uint32_t r = 0; r < rows; ++r) {
+                SampleRow s;
+                const std::size_t rowAt = static_cast<std::size_t>(r) * rowBytes;
+                for (int c = 0; c < p.channelCount; ++c) {
+                    s.base[c] = buf.get() + rowAt +
+                                (separate ? static_cast<std::size_t>(blockBytes) * c : 0);
+                    s.offset[c] = separate ? 0 : static_cast<std::size_t>(p.channels[c]);
+                }
+                s.step = separate ? 1 : l.spp;
+                putRow(p, l.bps, s, x0, cols, dib.topRow(static_cast<int>(y0 + r)));
+            }
+        }
+    }
+    return true;
+}
+
+struct RgbaImage {
+    TIFFRGBAImage img{};
+    bool begun = false;
+    ~RgbaImage() {
+        if (begun)
+            TIFFRGBAImageEnd(&img);
+    }
+};
+
+// CMYK, YCbCr, CIE L*a*b* and the rest go through libtiff's own conversion to RGBA, a band of
+// rows at a time so that the raster stays small.
+bool readRgba(TIFF* tif, const Layout& l, DecodeResult& result) {
+    char message[1024];
+    RgbaImage rgba;
+    if (!TIFFRGBAImageOK(tif, message) || !TIFFRGBAImageBegin(&rgba.img, tif, 1, message)) {
+        result.error = kUnsupported;
+        return false;
+    }
+    rgba.begun = true;
+    // Rows stay in stored order, as the direct path keeps them.
+    rgba.img.req_orientation = rgba.img.orientation;
+    const bool alpha = rgba.img.alpha != 0;
+    result.dib = DibBuffer::create(l.width, l.height, alpha ? 32 : 24, 0, result.error);
+    if (!result.dib)
+        return false;
+
+    std::uint32_t unit = l.height;
+    if (TIFFIsTiled(tif))
+        TIFFGetField(tif, TIFFTAG_TILELENGTH, &unit);
+    else
+        TIFFGetFieldDefaulted(tif, TIFFTAG_ROWSPERSTRIP, &unit);
+    unit = std::clamp<std::uint32_t>(unit, 1, l.height);
+    const std::uint64_t rowBytes = std::uint64_t{4} * l.width;
+    const std::uint64_t fit = std::max<std::uint64_t>(1, kRgbaChunkBytes / rowBytes / unit) * unit;
+    const auto band = static_cast<std::uint32_t>(std::min<std::uint64_t>(fit, l.height));
+    const std::unique_ptr<std::uint32_t[]> raster(
+        new (std::nothrow) std::uint32_t[static_cast<std::size_t>(band) * l.width]);
+    if (!raster) {
+        result.dib = {};
+        result.error = kNoMemory;
+        return false;
+    }
+    const std::size_t bytes = alpha ? 4 : 3;
+    for (std::uint32_t y0 = 0; y0 < l.height; y0 += band) {
+        const std::uint32_t rows = std::min(band, l.height - y0);
+        rgba.img.row_offset = static_cast<int>(y0);
+        rgba.img.col_offset = 0;
+        if (!TIFFRGBAImageGet(&rgba.img, raster.get(), l.width, rows)) {
+            result.dib = {};
+            result.error = kDamaged;
+            return false;
+        }
+        for (std::uint32_t r = 0; r < rows; ++r) {
+            const std::uint32_t* src = raster.get() + static_cast<std::size_t>(r) * l.width;
+            std::uint8_t* out = result.dib.topRow(static_cast<int>(y0 + r));
+            for (std::uint32_t x = 0; x < l.width; ++x, out += bytes) {
+                const std::uint32_t px = src[x];
+                auto red = static_cast<std::uint8_t>(TIFFGetR(px));
+                auto green = static_cast<std::uint8_t>(TIFFGetG(px));
+                auto blue = static_cast<std::uint8_t>(TIFFGetB(px));
+                if (alpha) {
+                    // The conversion hands out premultiplied colour; the bitmap keeps it straight.
+                    const auto a = static_cast<std::uint8_t>(TIFFGetA(px));
+                    red = unpremultiply(red, a);
+                    green = unpremultiply(green, a);
+                    blue = unpremultiply(blue, a);
+                    out[3] = a;
+                }
+                out[0] = blue;
+                out[1] = green;
+                out[2] = red;
+            }
+        }
+    }
+    return true;
+}
+
+// Zero bits past the last pixel of every row, as a packed bitmap's padding must be.
+void clearPadding(DibBuffer& dib) {
+    const std::size_t usedBits =
+        static_cast<std::size_t>(dib.width()) * static_cast<std::size_t>(dib.bitCount());
+    const std::size_t full = usedBits / 8;
+    const auto keep = static_cast<std::uint8_t>(0xFF00 >> (usedBits % 8));
+    for (int y = 0; y < dib.height(); ++y) {
+        std::uint8_t* row = dib.row(y);
+        std::size_t from = full;
+        if (usedBits % 8)
+            row[from++] &= keep;
+        std::memset(row + from, 0, dib.stride() - from);
+    }
+}
+
+std::int32_t pixelsPerMetre(TIFF* tif, ttag_t tag) {
+    float value = 0;
+    std::uint16_t unit = RESUNIT_INCH;
+    if (!TIFFGetField(tif, tag, &value) || !std::isfinite(value) || value <= 0)
+        return 0;
+    TIFFGetFieldDefaulted(tif, TIFFTAG_RESOLUTIONUNIT, &unit);
+    const double perMetre = unit == RESUNIT_INCH         ? value / 0.0254
+                            : unit == RESUNIT_CENTIMETER ? value * 100.0
+                                                         : 0.0;
+    return perMetre < 1e9 ? static_cast<std::int32_t>(std::lround(perMetre)) : 0;
+}
+
+} // namespace
+
+void readTiffPage(TIFF* tif, std::size_t fileSize, DecodeResult& result) {
+    Layout l;
+    if (!TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &l.width) ||
+        !TIFFGetField(tif, TIFFTAG_IMAGELENGTH, &l.height) ||
+        !TIFFGetField(tif, TIFFTAG_PHOTOMETRIC, &l.photometric)) {
+        result.error = kDamaged;
+        return;
+    }
+    TIFFGetFieldDefaulted(tif, TIFFTAG_BITSPERSAMPLE, &l.bps);
+    TIFFGetFieldDefaulted(tif, TIFFTAG_SAMPLESPERPIXEL, &l.spp);
+    TIFFGetFieldDefaulted(tif, TIFFTAG_PLANARCONFIG, &l.planar);
+    TIFFGetFieldDefaulted(tif, TIFFTAG_COMPRESSION, &l.compression);
+    TIFFGetFieldDefaulted(tif, TIFFTAG_SAMPLEFORMAT, &l.sampleFormat);
+    if (!DibBuffer::sizeAcceptable(l.width, l.height, 1, result.error))
+        return;
+    if (!TIFFIsCODECConfigured(l.compression)) {
+        result.error = "The TIFF file uses a kind of compression this program cannot read.";
+        return;
+    }
+    if ((l.sampleFormat != SAMPLEFORMAT_UINT && l.sampleFormat != SAMPLEFORMAT_VOID) ||
+        l.bps == 0 || l.bps > 16 || l.spp == 0) {
+        result.error = kUnsupported;
+        return;
+    }
+    const std::uint64_t decoded = (std::uint64_t{l.width} * l.spp * l.bps + 7) / 8 * l.height;
+    const std::uint64_t limit =
+        std::max(kAlwaysBelievable, std::uint64_t{fileSize} * expansionLimit(l.compression));
+    if (decoded > limit) {
+        result.error = kBomb;
+        return;
+    }
+
+    const Plan plan = choosePlan(tif, l);
+    if (plan.kind == Kind::Fallback) {
+        if (!readRgba(tif, l, result))
+            return;
+    } else {
+        result.dib = DibBuffer::create(l.width, l.height, plan.outBits, plan.colours, result.error);
+        if (!result.dib)
+            return;
+        if (plan.colours)
+            fillPalette(tif, plan, result.dib);
+        if (!readBlocks(tif, l, plan, limit, result.dib, result.error)) {
+            result.dib = {};
+            return;
+        }
+    }
+    clearPadding(result.dib);
+    result.dib.header().xPelsPerMeter = pixelsPerMetre(tif, TIFFTAG_XRESOLUTION);
+    result.dib.header().yPelsPerMeter = pixelsPerMetre(tif, TIFFTAG_YRESOLUTION);
+    result.fullWidth = result.dib.width();
+    result.fullHeight = result.dib.height();
+    result.fullBitCount = result.dib.bitCount();
+}
+
+} // namespace imagelib

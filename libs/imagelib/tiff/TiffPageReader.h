@@ -1,0 +1,16 @@
+#pragma once
+
+#include "imagelib/core/Codec.h"
+
+#include <cstddef>
+
+struct tiff;
+
+namespace imagelib {
+
+// Decodes the directory `tif` stands on into result.dib (1, 4 or 8 bits with a palette, 24,
+// or 32 with alpha), or leaves a sentence in result.error. `fileSize` bounds how large a
+// picture the file's data can plausibly hold.
+void readTiffPage(tiff* tif, std::size_t fileSize, DecodeResult& result);
+
+} // namespace imagelib
