@@ -12,6 +12,9 @@
 
 namespace {
 
+// The program keeps freed picture blocks mapped (see main); measure what it does.
+const bool g_retained = (lanmira::PackedDib::retainLargeBlocks(), true);
+
 constexpr std::int32_t kWidth = 4000;
 constexpr std::int32_t kHeight = 3000;
 constexpr std::size_t kHeader = 40;

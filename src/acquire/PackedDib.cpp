@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <new>
 #include <utility>
 
@@ -32,6 +33,13 @@ PackedDib& PackedDib::operator=(PackedDib&& other) noexcept {
         m_size = std::exchange(other.m_size, 0);
     }
     return *this;
+}
+
+void PackedDib::retainLargeBlocks() {
+    // Blocks up to 512 MB come from the heap and go back to it, and the heap is not trimmed
+    // below 1 GB of free space at its top; bigger pictures still get their own mapping.
+    mallopt(M_MMAP_THRESHOLD, 512 << 20);
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
 }
 
 PackedDib PackedDib::allocate(std::size_t size) {

@@ -27,6 +27,11 @@ public:
     ~PackedDib() = default;
 
     // `size` bytes, not cleared; null when memory is short.
+    // Pictures come and go in a steady rhythm (next image, turn, turn back). Freed large
+    // blocks are kept mapped so the next picture reuses them instead of faulting in fresh,
+    // zero-filled pages, which costs about as much as copying the picture once. Call once
+    // at start-up, before the first picture.
+    static void retainLargeBlocks();
     static PackedDib allocate(std::size_t size);
     // Takes over a block of `size` bytes from ImageLib_Open.
     static PackedDib adoptImageLibBlock(void* block, std::size_t size);

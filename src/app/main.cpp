@@ -1,3 +1,4 @@
+#include "acquire/PackedDib.h"
 #include "app/CPellanoApp.h"
 #include "app/CommandLine.h"
 #include "app/SingleInstance.h"
@@ -57,6 +58,7 @@ int main(int argc, char** argv) {
     if (!instance.acquire())
         return 0;
 
+    lanmira::PackedDib::retainLargeBlocks();
     std::setlocale(LC_ALL, "");
     std::srand(static_cast<unsigned>(std::time(nullptr)));
 

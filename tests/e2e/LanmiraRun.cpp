@@ -140,25 +140,38 @@ std::string LanmiraRun::diagnose() {
     return out.toStdString();
 }
 
-QStringList LanmiraRun::findWindows(const QString& namePattern, const QString& display) {
+QStringList LanmiraRun::findWindows(const QString& namePattern, const QString& display,
+                                    qint64 pid) {
     QProcess p;
     if (!display.isEmpty()) {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("DISPLAY"), display);
         p.setProcessEnvironment(env);
     }
-    p.start(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                        QStringLiteral("--name"), namePattern});
+    QStringList args = {QStringLiteral("search"), QStringLiteral("--onlyvisible")};
+    if (pid > 0) // xdotool matches any criterion unless told to require all
+        args << QStringLiteral("--all") << QStringLiteral("--pid") << QString::number(pid);
+    args << QStringLiteral("--name") << namePattern;
+    p.start(QStringLiteral("xdotool"), args);
     p.waitForFinished(5000);
     return QString::fromUtf8(p.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
 }
 
+bool LanmiraRun::waitForOwnWindow(const QString& namePattern, int timeoutMs, QString* id) {
+    return m_process && waitForWindow(namePattern, timeoutMs, id, {}, m_process->processId());
+}
+
+bool LanmiraRun::ownWindowShown(const QString& id) {
+    return m_process && m_process->state() == QProcess::Running &&
+           findWindows(QStringLiteral("."), {}, m_process->processId()).contains(id);
+}
+
 bool LanmiraRun::waitForWindow(const QString& namePattern, int timeoutMs, QString* id,
-                               const QString& display) {
+                               const QString& display, qint64 pid) {
     QElapsedTimer t;
     t.start();
     while (t.elapsed() < timeoutMs) {
-        const QStringList ids = findWindows(namePattern, display);
+        const QStringList ids = findWindows(namePattern, display, pid);
         if (!ids.isEmpty()) {
             // Mapped is not yet ready for input: give the toolkit a moment to settle.
             QThread::msleep(300);

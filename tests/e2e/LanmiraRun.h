@@ -53,9 +53,13 @@ public:
 
     // X window ids of visible windows whose name matches the regular expression, on the
     // test's display or the one given (":N").
-    static QStringList findWindows(const QString& namePattern, const QString& display = {});
+    static QStringList findWindows(const QString& namePattern, const QString& display = {},
+                                   qint64 pid = 0);
     static bool waitForWindow(const QString& namePattern, int timeoutMs, QString* id = nullptr,
-                              const QString& display = {});
+                              const QString& display = {}, qint64 pid = 0);
+    // The same, limited to this run's program: X reuses window ids of programs that ended.
+    bool waitForOwnWindow(const QString& namePattern, int timeoutMs, QString* id = nullptr);
+    bool ownWindowShown(const QString& id);
     static bool xdotool(const QStringList& args);
 
 private:

@@ -187,10 +187,11 @@ TEST(StartupE2E, EveryProfileFaultShowsItsOwnMessage) {
         c.prepare(run);
         run.start();
         QString box;
-        ASSERT_TRUE(LanmiraRun::waitForWindow(QStringLiteral("^Lanmira$"), kStartMs, &box))
+        ASSERT_TRUE(run.waitForOwnWindow(QStringLiteral("^Lanmira$"), kStartMs, &box))
             << run.diagnose();
-        // A key sent before the box has the focus is lost; press again, as a user would.
-        for (int attempt = 0; attempt < 10 && !run.waitForExit(0); ++attempt) {
+        // A key sent before the box has the focus is lost; press again, as a user would, but
+        // only while the box is still this program's (ids are reused once a program ends).
+        for (int attempt = 0; attempt < 10 && run.ownWindowShown(box); ++attempt) {
             LanmiraRun::xdotool({QStringLiteral("windowfocus"), QStringLiteral("--sync"), box});
             LanmiraRun::xdotool(
                 {QStringLiteral("key"), QStringLiteral("--window"), box, QStringLiteral("Return")});

@@ -101,7 +101,7 @@ Decoded openFile(const std::string& path, int page = 0) {
 }
 
 // A sample layout written with libtiff: its tags and how its samples are made.
-struct Spec {
+struct Layout {
     enum Kind { Grey, White, Palette, Rgb, Cmyk, YCbCrJpeg } kind;
     int bps;
     int spp;
@@ -121,8 +121,8 @@ unsigned levels(int bps) {
 
 // Sample c of pixel (x, y): a pattern that visits many levels of every channel. Alpha stays
 // high so that premultiplied colour keeps its precision.
-unsigned sampleValue(const Spec& s, int x, int y, int c) {
-    if (s.kind == Spec::YCbCrJpeg) // smooth: chroma is subsampled and quantised
+unsigned sampleValue(const Layout& s, int x, int y, int c) {
+    if (s.kind == Layout::YCbCrJpeg) // smooth: chroma is subsampled and quantised
         return c == 0 ? 40 + 8 * x : c == 1 ? 30 + 9 * y : 160;
     if (s.extra && c == s.spp - 1)
         return (levels(s.bps) - 1) - static_cast<unsigned>((x + y) % 4) * (levels(s.bps) / 16);
@@ -135,27 +135,27 @@ int to8(unsigned v, int bps) {
                      : static_cast<int>(v * 255 / (levels(bps) - 1));
 }
 
-std::uint16_t colourMapEntry(const Spec& s, int channel, unsigned index) {
+std::uint16_t colourMapEntry(const Layout& s, int channel, unsigned index) {
     const unsigned v = (index * (37 + 50 * static_cast<unsigned>(channel)) + 11) % 256;
     return static_cast<std::uint16_t>(s.eightBitColourMap ? v : v * 257);
 }
 
-Bgra expected(const Spec& s, int x, int y) {
+Bgra expected(const Layout& s, int x, int y) {
     const auto v = [&](int c) { return sampleValue(s, x, y, c); };
     const int alpha = s.extra ? to8(v(s.spp - 1), s.bps) : 255;
     switch (s.kind) {
-    case Spec::Grey:
-    case Spec::White: {
-        const int g = s.kind == Spec::White ? 255 - to8(v(0), s.bps) : to8(v(0), s.bps);
+    case Layout::Grey:
+    case Layout::White: {
+        const int g = s.kind == Layout::White ? 255 - to8(v(0), s.bps) : to8(v(0), s.bps);
         return {g, g, g, alpha};
     }
-    case Spec::Palette: {
+    case Layout::Palette: {
         const auto e = [&](int c) {
             return colourMapEntry(s, c, v(0)) >> (s.eightBitColourMap ? 0 : 8);
         };
         return {e(2), e(1), e(0), 255};
     }
-    case Spec::Cmyk: {
+    case Layout::Cmyk: {
         const auto rgb = [&](int c) {
             return (255 - static_cast<int>(v(c))) * (255 - static_cast<int>(v(3))) / 255;
         };
@@ -184,7 +184,7 @@ void packSample(std::uint8_t* row, std::size_t i, int bps, unsigned v) {
     }
 }
 
-void setTags(TIFF* tif, const Spec& s, int width, int height) {
+void setTags(TIFF* tif, const Layout& s, int width, int height) {
     const std::uint16_t photometric[] = {PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_MINISWHITE,
                                          PHOTOMETRIC_PALETTE,    PHOTOMETRIC_RGB,
                                          PHOTOMETRIC_SEPARATED,  PHOTOMETRIC_YCBCR};
@@ -196,11 +196,11 @@ void setTags(TIFF* tif, const Spec& s, int width, int height) {
     TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, photometric[s.kind]);
     TIFFSetField(tif, TIFFTAG_PLANARCONFIG,
                  s.separate ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
-    if (s.kind == Spec::YCbCrJpeg)
+    if (s.kind == Layout::YCbCrJpeg)
         TIFFSetField(tif, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     if (s.extra)
         TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, &s.extra);
-    if (s.kind == Spec::Palette) {
+    if (s.kind == Layout::Palette) {
         std::vector<std::uint16_t> map[3];
         for (int c = 0; c < 3; ++c)
             for (unsigned i = 0; i < levels(s.bps); ++i)
@@ -213,12 +213,12 @@ void setTags(TIFF* tif, const Spec& s, int width, int height) {
         TIFFSetField(tif, TIFFTAG_TILEWIDTH, 16);
         TIFFSetField(tif, TIFFTAG_TILELENGTH, 16);
     } else {
-        TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, s.kind == Spec::YCbCrJpeg ? 16 : 5);
+        TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, s.kind == Layout::YCbCrJpeg ? 16 : 5);
     }
 }
 
 // Writes one directory of `s` at the current position of `tif`.
-void writePage(TIFF* tif, const Spec& s, int width = kW, int height = kH) {
+void writePage(TIFF* tif, const Layout& s, int width = kW, int height = kH) {
     setTags(tif, s, width, height);
     const int planes = s.separate ? s.spp : 1;
     const int perPixel = s.separate ? 1 : s.spp;
@@ -253,7 +253,7 @@ Bytes makeTiff(const std::function<void(TIFF*)>& pages) {
     return readFile(path);
 }
 
-Bytes makeTiff(const Spec& s) {
+Bytes makeTiff(const Layout& s) {
     return makeTiff([&](TIFF* tif) { writePage(tif, s); });
 }
 
@@ -313,43 +313,43 @@ void halveElement(Bytes& b, std::uint16_t tag, std::uint32_t i) {
 TEST(TiffCodec, DecodesEverySampleLayout) {
     struct Row {
         const char* name;
-        Spec spec;
+        Layout layout;
         int outBits;
         int colours;
         int tolerance = 0;
     };
     const std::vector<Row> rows = {
-        {"1-bit min-is-black", {Spec::Grey, 1, 1}, 1, 2},
-        {"1-bit min-is-white G4", {Spec::White, 1, 1, COMPRESSION_CCITTFAX4}, 1, 2},
-        {"2-bit grey", {Spec::Grey, 2, 1, COMPRESSION_LZW}, 4, 4},
-        {"4-bit min-is-white", {Spec::White, 4, 1, COMPRESSION_LZW}, 4, 16},
-        {"8-bit grey tiles", {Spec::Grey, 8, 1, COMPRESSION_ADOBE_DEFLATE, false, true}, 8, 256},
-        {"16-bit grey", {Spec::Grey, 16, 1, COMPRESSION_PACKBITS}, 8, 256},
+        {"1-bit min-is-black", {Layout::Grey, 1, 1}, 1, 2},
+        {"1-bit min-is-white G4", {Layout::White, 1, 1, COMPRESSION_CCITTFAX4}, 1, 2},
+        {"2-bit grey", {Layout::Grey, 2, 1, COMPRESSION_LZW}, 4, 4},
+        {"4-bit min-is-white", {Layout::White, 4, 1, COMPRESSION_LZW}, 4, 16},
+        {"8-bit grey tiles", {Layout::Grey, 8, 1, COMPRESSION_ADOBE_DEFLATE, false, true}, 8, 256},
+        {"16-bit grey", {Layout::Grey, 16, 1, COMPRESSION_PACKBITS}, 8, 256},
         {"grey and alpha",
-         {Spec::Grey, 8, 2, COMPRESSION_NONE, false, false, EXTRASAMPLE_UNASSALPHA},
+         {Layout::Grey, 8, 2, COMPRESSION_NONE, false, false, EXTRASAMPLE_UNASSALPHA},
          32,
          0},
-        {"1-bit palette", {Spec::Palette, 1, 1}, 1, 2},
-        {"4-bit palette tiles", {Spec::Palette, 4, 1, COMPRESSION_PACKBITS, false, true}, 4, 16},
+        {"1-bit palette", {Layout::Palette, 1, 1}, 1, 2},
+        {"4-bit palette tiles", {Layout::Palette, 4, 1, COMPRESSION_PACKBITS, false, true}, 4, 16},
         {"8-bit palette, 8-bit map",
-         {Spec::Palette, 8, 1, COMPRESSION_LZW, false, false, 0, true},
+         {Layout::Palette, 8, 1, COMPRESSION_LZW, false, false, 0, true},
          8,
          256},
-        {"RGB", {Spec::Rgb, 8, 3, COMPRESSION_LZW}, 24, 0},
-        {"RGB planes in tiles", {Spec::Rgb, 8, 3, COMPRESSION_ADOBE_DEFLATE, true, true}, 24, 0},
-        {"16-bit RGB planes", {Spec::Rgb, 16, 3, COMPRESSION_NONE, true}, 24, 0},
-        {"RGBA", {Spec::Rgb, 8, 4, COMPRESSION_LZW, false, false, EXTRASAMPLE_UNASSALPHA}, 32, 0},
+        {"RGB", {Layout::Rgb, 8, 3, COMPRESSION_LZW}, 24, 0},
+        {"RGB planes in tiles", {Layout::Rgb, 8, 3, COMPRESSION_ADOBE_DEFLATE, true, true}, 24, 0},
+        {"16-bit RGB planes", {Layout::Rgb, 16, 3, COMPRESSION_NONE, true}, 24, 0},
+        {"RGBA", {Layout::Rgb, 8, 4, COMPRESSION_LZW, false, false, EXTRASAMPLE_UNASSALPHA}, 32, 0},
         {"premultiplied RGBA planes",
-         {Spec::Rgb, 8, 4, COMPRESSION_NONE, true, false, EXTRASAMPLE_ASSOCALPHA},
+         {Layout::Rgb, 8, 4, COMPRESSION_NONE, true, false, EXTRASAMPLE_ASSOCALPHA},
          32,
          0,
          2},
-        {"CMYK", {Spec::Cmyk, 8, 4, COMPRESSION_LZW}, 24, 0, 1},
-        {"YCbCr JPEG", {Spec::YCbCrJpeg, 8, 3, COMPRESSION_JPEG}, 24, 0, 12},
+        {"CMYK", {Layout::Cmyk, 8, 4, COMPRESSION_LZW}, 24, 0, 1},
+        {"YCbCr JPEG", {Layout::YCbCrJpeg, 8, 3, COMPRESSION_JPEG}, 24, 0, 12},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.name);
-        const Decoded d = open(makeTiff(r.spec));
+        const Decoded d = open(makeTiff(r.layout));
         ASSERT_TRUE(d.dib) << d.error();
         EXPECT_EQ(d.params.format, IMAGELIB_FMT_TIFF);
         EXPECT_EQ(d.params.pageCount, 1);
@@ -359,15 +359,15 @@ TEST(TiffCodec, DecodesEverySampleLayout) {
         EXPECT_EQ(d.header().clrUsed, static_cast<std::uint32_t>(r.colours));
         EXPECT_EQ(d.header().xPelsPerMeter, 11811); // 300 dots per inch
         expectPixels(
-            d, [&](int x, int y) { return expected(r.spec, x, y); }, r.tolerance);
+            d, [&](int x, int y) { return expected(r.layout, x, y); }, r.tolerance);
     }
 }
 
 TEST(TiffCodec, EveryPageOfAMultiPageFile) {
     const Bytes file = makeTiff([](TIFF* tif) {
-        writePage(tif, {Spec::Grey, 8, 1, COMPRESSION_LZW}, 5, 4);
-        writePage(tif, {Spec::Rgb, 8, 3, COMPRESSION_NONE, false, true}, 37, 3);
-        writePage(tif, {Spec::White, 1, 1, COMPRESSION_CCITTFAX4}, 9, 2);
+        writePage(tif, {Layout::Grey, 8, 1, COMPRESSION_LZW}, 5, 4);
+        writePage(tif, {Layout::Rgb, 8, 3, COMPRESSION_NONE, false, true}, 37, 3);
+        writePage(tif, {Layout::White, 1, 1, COMPRESSION_CCITTFAX4}, 9, 2);
     });
     const std::array<std::array<int, 3>, 3> pages = {{{5, 4, 8}, {37, 3, 24}, {9, 2, 1}}};
     for (int p = 0; p < 3; ++p) {
@@ -388,17 +388,17 @@ TEST(TiffCodec, EveryPageOfAMultiPageFile) {
 TEST(TiffCodec, SavesEveryDepthWithEveryCompression) {
     const TempDir dir;
     const std::string path = dir.file("round.tiff");
-    const std::vector<Spec> sources = {
-        {Spec::Grey, 1, 1},
-        {Spec::White, 1, 1},
-        {Spec::Grey, 4, 1},
-        {Spec::Palette, 4, 1},
-        {Spec::Palette, 8, 1},
-        {Spec::Grey, 8, 1},
-        {Spec::Rgb, 8, 3},
-        {Spec::Rgb, 8, 4, COMPRESSION_NONE, false, false, EXTRASAMPLE_UNASSALPHA},
+    const std::vector<Layout> sources = {
+        {Layout::Grey, 1, 1},
+        {Layout::White, 1, 1},
+        {Layout::Grey, 4, 1},
+        {Layout::Palette, 4, 1},
+        {Layout::Palette, 8, 1},
+        {Layout::Grey, 8, 1},
+        {Layout::Rgb, 8, 3},
+        {Layout::Rgb, 8, 4, COMPRESSION_NONE, false, false, EXTRASAMPLE_UNASSALPHA},
     };
-    for (const Spec& s : sources) {
+    for (const Layout& s : sources) {
         const Decoded original = open(makeTiff(s));
         ASSERT_TRUE(original.dib) << original.error();
         for (std::uint32_t compression : {0u, 1u, 5u, 8u, 32773u, 7u}) {
@@ -412,11 +412,11 @@ TEST(TiffCodec, SavesEveryDepthWithEveryCompression) {
             ASSERT_EQ(back.size(), original.size());
             const int bits = original.header().bitCount;
             const bool lossy =
-                compression == 7 && (bits == 24 || (bits == 8 && s.kind == Spec::Grey));
+                compression == 7 && (bits == 24 || (bits == 8 && s.kind == Layout::Grey));
             if (lossy)
                 // Halved chroma costs the noisy colour pattern more than grey; swapped or
                 // shifted channels would cost far more than either.
-                EXPECT_LT(meanError(back, original), s.kind == Spec::Rgb ? 24.0 : 8.0);
+                EXPECT_LT(meanError(back, original), s.kind == Layout::Rgb ? 24.0 : 8.0);
             else
                 EXPECT_EQ(0, std::memcmp(back.dib.get(), original.dib.get(), original.size()));
         }
@@ -462,10 +462,10 @@ TEST(TiffCodec, AppendsPagesOneByOne) {
     const TempDir dir;
     const std::string path = dir.file("pages.tif");
     std::vector<Decoded> sources;
-    sources.push_back(open(makeTiff({Spec::White, 1, 1})));
-    sources.push_back(open(makeTiff({Spec::Palette, 8, 1})));
-    sources.push_back(
-        open(makeTiff({Spec::Rgb, 8, 4, COMPRESSION_NONE, false, false, EXTRASAMPLE_UNASSALPHA})));
+    sources.push_back(open(makeTiff({Layout::White, 1, 1})));
+    sources.push_back(open(makeTiff({Layout::Palette, 8, 1})));
+    sources.push_back(open(
+        makeTiff({Layout::Rgb, 8, 4, COMPRESSION_NONE, false, false, EXTRASAMPLE_UNASSALPHA})));
     for (const Decoded& s : sources) {
         ASSERT_TRUE(s.dib) << s.error();
         ImageIoParams save{};
@@ -494,8 +494,8 @@ TEST(TiffCodec, AppendsPagesOneByOne) {
 }
 
 TEST(TiffCodec, DamagedFilesGiveASentence) {
-    const Bytes plain = makeTiff({Spec::Rgb, 8, 3});
-    const Bytes lzw = makeTiff({Spec::Rgb, 8, 3, COMPRESSION_LZW});
+    const Bytes plain = makeTiff({Layout::Rgb, 8, 3});
+    const Bytes lzw = makeTiff({Layout::Rgb, 8, 3, COMPRESSION_LZW});
     // libtiff puts the strips before the directory, so a file cut short loses its directory
     // first; a strip is cut by shortening its byte count instead.
     const std::uint32_t lastStrip = (kH + 4) / 5 - 1;
@@ -537,7 +537,7 @@ TEST(TiffCodec, DamagedFilesGiveASentence) {
 }
 
 TEST(TiffCodec, DirectoryLoopsEndTheCount) {
-    Bytes looped = makeTiff({Spec::Grey, 8, 1});
+    Bytes looped = makeTiff({Layout::Grey, 8, 1});
     const std::uint32_t ifd = readLe32(&looped[4]);
     writeLe32(&looped[ifd + 2 + 12 * readLe16(&looped[ifd])], ifd);
     const Decoded d = open(looped);
