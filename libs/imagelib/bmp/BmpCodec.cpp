@@ -1,5 +1,6 @@
 #include "imagelib/bmp/BmpCodec.h"
 
+#include "imagelib/core/MaskChannel.h"
 #include "imagelib/core/WriteAll.h"
 #include "imagelib/imagelib.h"
 
@@ -24,30 +25,6 @@ struct Fields {
     std::size_t paletteOffset = 0;
     std::size_t paletteEntrySize = 4;
     std::size_t colours = 0;
-};
-
-// One channel of a bit-field pixel, scaled to 8 bits.
-struct Channel {
-    std::uint32_t mask = 0;
-    int shift = 0;
-    int bits = 0;
-
-    explicit Channel(std::uint32_t m) : mask(m) {
-        if (m) {
-            shift = std::countr_zero(m);
-            bits = std::popcount(m >> shift);
-            bits = std::min(bits, 8 + 24); // masks are contiguous in sane files
-        }
-    }
-    std::uint8_t value(std::uint32_t pixel) const {
-        if (!mask)
-            return 0;
-        const std::uint32_t v = (pixel & mask) >> shift;
-        if (bits >= 8)
-            return static_cast<std::uint8_t>(v >> (bits - 8));
-        const std::uint32_t max = (1u << bits) - 1;
-        return static_cast<std::uint8_t>((v * 255 + max / 2) / max);
-    }
 };
 
 bool readFields(std::span<const std::uint8_t> b, Fields& f, std::string& error) {
@@ -253,7 +230,7 @@ DecodeResult BmpCodec::decode(std::span<const std::uint8_t> b,
         }
         return r;
     }
-    const Channel red(f.masks[0]), green(f.masks[1]), blue(f.masks[2]);
+    const MaskChannel red(f.masks[0]), green(f.masks[1]), blue(f.masks[2]);
     for (int y = 0; y < h; ++y) {
         const std::uint8_t* src = &data[static_cast<std::size_t>(y) * fileStride];
         std::uint8_t* dst = f.topDown ? r.dib.topRow(y) : r.dib.row(y);

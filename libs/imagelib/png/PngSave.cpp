@@ -1,3 +1,4 @@
+#include "imagelib/core/MaskChannel.h"
 #include "imagelib/core/WriteAll.h"
 #include "imagelib/png/PngCodec.h"
 #include "imagelib/png/PngGlue.h"
@@ -41,29 +42,6 @@ public:
     png_infop info;
 };
 
-// One channel of a 16-bit or bit-field pixel, scaled to 8 bits.
-struct Channel {
-    std::uint32_t mask = 0;
-    int shift = 0;
-    int bits = 0;
-
-    explicit Channel(std::uint32_t m) : mask(m) {
-        if (m) {
-            shift = std::countr_zero(m);
-            bits = std::popcount(m >> shift);
-        }
-    }
-    std::uint8_t value(std::uint32_t pixel) const {
-        if (!mask)
-            return 0;
-        const std::uint32_t v = (pixel & mask) >> shift;
-        if (bits >= 8)
-            return static_cast<std::uint8_t>(v >> (bits - 8));
-        const std::uint32_t max = (1u << bits) - 1;
-        return static_cast<std::uint8_t>((v * 255 + max / 2) / max);
-    }
-};
-
 enum class Kind { Palette, Grey, Rgb, RgbFromFields, Rgba };
 
 Kind kindOf(const DibView& dib) {
@@ -100,7 +78,7 @@ int paletteEntries(const DibView& dib) {
 }
 
 void fieldsToRgb(const DibView& dib, const std::uint8_t* src, std::uint8_t* dst,
-                 const Channel (&channels)[3]) {
+                 const MaskChannel (&channels)[3]) {
     for (int x = 0; x < dib.width(); ++x) {
         const std::uint32_t pixel =
             dib.bitCount() == 16 ? readLe16(src + 2 * x) : readLe32(src + 4 * x);
@@ -146,8 +124,8 @@ bool PngCodec::save(const DibView& dib, const SaveRequest& request, int fd,
     default:
         break;
     }
-    const Channel channels[3] = {Channel(dib.redMask()), Channel(dib.greenMask()),
-                                 Channel(dib.blueMask())};
+    const MaskChannel channels[3] = {MaskChannel(dib.redMask()), MaskChannel(dib.greenMask()),
+                                     MaskChannel(dib.blueMask())};
     std::vector<std::uint8_t> converted(
         kind == Kind::RgbFromFields ? 3 * static_cast<std::size_t>(width) : 0);
 

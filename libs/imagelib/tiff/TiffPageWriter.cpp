@@ -1,5 +1,7 @@
 #include "imagelib/tiff/TiffPageWriter.h"
 
+#include "imagelib/core/MaskChannel.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -15,25 +17,6 @@ constexpr char kWriteFailed[] = "The TIFF file could not be written (the disk ma
 constexpr std::uint16_t kJpegQuality = 90;
 
 enum class Layout { Grey, WhiteIsZero, Palette, Rgb, Rgba };
-
-// One colour channel of a bit-field pixel, scaled to 8 bits.
-struct MaskChannel {
-    std::uint32_t mask;
-    int shift;
-    int bits;
-
-    explicit MaskChannel(std::uint32_t m)
-        : mask(m), shift(m ? std::countr_zero(m) : 0), bits(m ? std::popcount(m >> shift) : 0) {}
-    std::uint8_t operator()(std::uint32_t pixel) const {
-        if (!bits)
-            return 0;
-        const std::uint32_t v = (pixel & mask) >> shift;
-        if (bits >= 8)
-            return static_cast<std::uint8_t>(v >> (bits - 8));
-        const std::uint32_t max = (1u << bits) - 1;
-        return static_cast<std::uint8_t>((v * 255 + max / 2) / max);
-    }
-};
 
 bool anyAlpha(const DibView& dib) {
     for (int y = 0; y < dib.height(); ++y) {
@@ -102,9 +85,9 @@ void fileRow(const DibView& dib, Layout layout, int y, std::uint8_t* out) {
     const MaskChannel red(dib.redMask()), green(dib.greenMask()), blue(dib.blueMask());
     for (int x = 0; x < w; ++x, out += 3) {
         const std::uint32_t px = bits == 16 ? readLe16(src + 2 * x) : readLe32(src + 4 * x);
-        out[0] = red(px);
-        out[1] = green(px);
-        out[2] = blue(px);
+        out[0] = red.value(px);
+        out[1] = green.value(px);
+        out[2] = blue.value(px);
     }
 }
 
