@@ -1,5 +1,6 @@
 // The BMP codec and the library's entry points: every layout a BMP file can take, hostile
 // headers, and saving (round trips, format by name, never a half-written file).
+#include "../DecodedPicture.h"
 #include "imagelib/core/DibHeader.h"
 #include "imagelib/imagelib.h"
 
@@ -68,16 +69,7 @@ Bytes file(const Bmp& m) {
     return f;
 }
 
-struct Decoded {
-    std::unique_ptr<void, decltype(&ImageLib_Free)> dib{nullptr, &ImageLib_Free};
-    ImageIoParams params{};
-    std::string error() const {
-        std::string s;
-        for (const char16_t* p = params.errorText; *p; ++p)
-            s += static_cast<char>(*p);
-        return s;
-    }
-    const BitmapInfoHeader& header() const { return *static_cast<BitmapInfoHeader*>(dib.get()); }
+struct Decoded : DecodedPicture {
     // Blue, green, red of the pixel at (x, y) counted from the top left.
     std::array<int, 3> bgr(int x, int y) const {
         const auto& h = header();

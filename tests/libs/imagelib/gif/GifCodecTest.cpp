@@ -1,6 +1,7 @@
 // The GIF codec: frames as pages drawn onto the screen, interlacing, transparency and
 // clipping, saving paletted pictures, and broken or hostile files. Test files are written
 // with giflib itself.
+#include "../DecodedPicture.h"
 #include "imagelib/core/DibHeader.h"
 #include "imagelib/imagelib.h"
 
@@ -83,18 +84,7 @@ Bytes gifFile(int width, int height, const std::vector<GifColorType>& global, in
     return out;
 }
 
-struct Decoded {
-    std::unique_ptr<void, decltype(&ImageLib_Free)> dib{nullptr, &ImageLib_Free};
-    ImageIoParams params{};
-
-    std::string error() const {
-        std::string s;
-        for (const char16_t* p = params.errorText; *p; ++p)
-            s += static_cast<char>(*p);
-        return s;
-    }
-    const BitmapInfoHeader& header() const { return *static_cast<BitmapInfoHeader*>(dib.get()); }
-};
+using Decoded = DecodedPicture;
 
 Decoded open(const Bytes& bytes, int page = 0) {
     Decoded d;

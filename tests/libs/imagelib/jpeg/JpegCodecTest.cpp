@@ -2,6 +2,7 @@
 // thumbnails, saving with its options, and broken or hostile files.
 #include "imagelib/jpeg/JpegCodec.h"
 
+#include "../DecodedPicture.h"
 #include "imagelib/core/DibHeader.h"
 #include "imagelib/imagelib.h"
 #include "imagelib/iopt.h"
@@ -101,23 +102,8 @@ Bytes encode(const Encoding& e, int quality = 95) {
     return bytes;
 }
 
-struct Decoded {
-    std::unique_ptr<void, decltype(&ImageLib_Free)> dib{nullptr, &ImageLib_Free};
-    ImageIoParams params{};
+struct Decoded : DecodedPicture {
     ImageLibFullInfo full{};
-
-    std::string error() const {
-        std::string s;
-        for (const char16_t* p = params.errorText; *p; ++p)
-            s += static_cast<char>(*p);
-        return s;
-    }
-    const BitmapInfoHeader& header() const { return *static_cast<BitmapInfoHeader*>(dib.get()); }
-    const std::uint8_t* topRow(int y) const {
-        const auto& h = header();
-        const auto* base = static_cast<const std::uint8_t*>(dib.get()) + 40 + h.clrUsed * 4;
-        return base + dibStride(h.width, h.bitCount) * static_cast<std::size_t>(h.height - 1 - y);
-    }
     // Red, green, blue at (x, y) from the top left, through the palette for 8 bits.
     Rgb rgb(int x, int y) const {
         const std::uint8_t* row = topRow(y);

@@ -1,6 +1,7 @@
 // The PNG codec: every colour type, depth and interlacing a file can use, saving every
 // bitmap depth with its options, and broken or hostile files. The test files are put
 // together here chunk by chunk, so damaged ones are as easy to make as good ones.
+#include "../DecodedPicture.h"
 #include "imagelib/core/DibHeader.h"
 #include "imagelib/imagelib.h"
 
@@ -141,18 +142,7 @@ struct Png {
     }
 };
 
-struct Decoded {
-    std::unique_ptr<void, decltype(&ImageLib_Free)> dib{nullptr, &ImageLib_Free};
-    ImageIoParams params{};
-
-    std::string error() const {
-        std::string s;
-        for (const char16_t* p = params.errorText; *p; ++p)
-            s += static_cast<char>(*p);
-        return s;
-    }
-    const BitmapInfoHeader& header() const { return *static_cast<BitmapInfoHeader*>(dib.get()); }
-};
+using Decoded = DecodedPicture;
 
 Decoded open(const Bytes& bytes) {
     Decoded d;

@@ -1,5 +1,6 @@
 // The PNM codec: every kind of anymap read to the same pixels, hostile headers refused
 // before allocating, and each savable depth written and read back.
+#include "../DecodedPicture.h"
 #include "imagelib/core/DibHeader.h"
 #include "imagelib/imagelib.h"
 
@@ -29,23 +30,7 @@ Bytes bytes(const std::string& text, const Bytes& tail = {}) {
     return b;
 }
 
-struct Decoded {
-    std::unique_ptr<void, decltype(&ImageLib_Free)> dib{nullptr, &ImageLib_Free};
-    ImageIoParams params{};
-
-    std::string error() const {
-        std::string s;
-        for (const char16_t* p = params.errorText; *p; ++p)
-            s += static_cast<char>(*p);
-        return s;
-    }
-    const BitmapInfoHeader& header() const { return *static_cast<BitmapInfoHeader*>(dib.get()); }
-    const std::uint8_t* topRow(int y) const {
-        const auto& h = header();
-        const std::size_t colours = h.bitCount <= 8 ? h.clrUsed : 0;
-        return static_cast<const std::uint8_t*>(dib.get()) + 40 + colours * 4 +
-               dibStride(h.width, h.bitCount) * static_cast<std::size_t>(h.height - 1 - y);
-    }
+struct Decoded : DecodedPicture {
     Bgr bgr(int x, int y) const {
         const auto& h = header();
         const std::uint8_t* row = topRow(y);

@@ -1,5 +1,6 @@
 // The TIFF codec: every sample layout libtiff can write, pages, page append through
 // ImageLib_Save, round trips for each compression, and damaged files.
+#include "../DecodedPicture.h"
 #include "imagelib/core/DibHeader.h"
 #include "imagelib/imagelib.h"
 
@@ -50,17 +51,7 @@ void writeFile(const std::string& path, const Bytes& b) {
         .write(reinterpret_cast<const char*>(b.data()), static_cast<std::streamsize>(b.size()));
 }
 
-struct Decoded {
-    std::unique_ptr<void, decltype(&ImageLib_Free)> dib{nullptr, &ImageLib_Free};
-    ImageIoParams params{};
-
-    std::string error() const {
-        std::string s;
-        for (const char16_t* p = params.errorText; *p; ++p)
-            s += static_cast<char>(*p);
-        return s;
-    }
-    const BitmapInfoHeader& header() const { return *static_cast<BitmapInfoHeader*>(dib.get()); }
+struct Decoded : DecodedPicture {
     std::size_t size() const { return ImageLib_DibSize(dib.get()); }
     // Blue, green, red, alpha (255 below 32 bits) of the pixel at (x, y) from the top left.
     Bgra pixel(int x, int y) const {

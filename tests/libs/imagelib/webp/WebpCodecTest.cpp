@@ -1,5 +1,6 @@
 // The WebP codec: lossy and lossless files with and without alpha, reduced thumbnail decodes,
 // animations as pages, damaged files, and saving with the quality and lossless options.
+#include "../DecodedPicture.h"
 #include "imagelib/core/DibHeader.h"
 #include "imagelib/imagelib.h"
 #include "imagelib/iopt.h"
@@ -26,23 +27,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Bgra = std::array<int, 4>; // alpha 255 for pictures without
 
-struct Decoded {
-    std::unique_ptr<void, decltype(&ImageLib_Free)> dib{nullptr, &ImageLib_Free};
-    ImageIoParams params{};
-
-    std::string error() const {
-        std::string s;
-        for (const char16_t* p = params.errorText; *p; ++p)
-            s += static_cast<char>(*p);
-        return s;
-    }
-    const BitmapInfoHeader& header() const { return *static_cast<BitmapInfoHeader*>(dib.get()); }
-    const std::uint8_t* topRow(int y) const {
-        const auto& h = header();
-        const std::size_t colours = h.bitCount <= 8 ? h.clrUsed : 0;
-        return static_cast<const std::uint8_t*>(dib.get()) + 40 + colours * 4 +
-               dibStride(h.width, h.bitCount) * static_cast<std::size_t>(h.height - 1 - y);
-    }
+struct Decoded : DecodedPicture {
     Bgra pixel(int x, int y) const {
         const std::uint8_t* row = topRow(y);
         switch (header().bitCount) {
