@@ -203,8 +203,8 @@ void mirrorRow(const std::uint8_t* in, std::uint8_t* out, std::int32_t w, int bi
 // A turn reads its input down columns, which no hardware prefetcher follows across pages.
 // So output rows are made a band at a time in a buffer that stays in the second-level cache,
 // the input rows of the next run are prefetched, and each finished band is copied out whole.
-constexpr std::int32_t kBandRows = 32;
-constexpr std::int32_t kRunRows = 64;
+constexpr std::int32_t kBandRows = 16;
+constexpr std::int32_t kRunRows = 32;
 // Above this the output goes around the caches: it would only push the input out.
 constexpr std::uint64_t kStreamBytes = std::uint64_t{8} << 20;
 
@@ -232,10 +232,61 @@ void finishStreaming() {
 #endif
 }
 
+#if defined(__x86_64__) || defined(__i386__)
+// Four output rows, four pixels at a time: each input row's pixels are spread into 32-bit
+// lanes, the lanes transposed, and each column packed back to three-byte pixels. `src` is
+// the first input row in output order, `step` the distance to the next; `dst[j]` receives
+// column j of each block. Reads 16 bytes a row and writes 16 a column, 12 of them pixels.
+__attribute__((target("ssse3"))) void turnBlocksRgb(const std::uint8_t* src, std::int64_t step,
+                                                    std::int32_t blocks, std::uint8_t* dst[4]) {
+    const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+    const __m128i pack = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    for (std::int32_t k = 0; k < blocks; ++k, src += 4 * step) {
+        const __m128i r0 =
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src)), spread);
+        const __m128i r1 =
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src + step)), spread);
+        const __m128i r2 = _mm_shuffle_epi8(
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 2 * step)), spread);
+        const __m128i r3 = _mm_shuffle_epi8(
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 3 * step)), spread);
+        const __m128i t0 = _mm_unpacklo_epi32(r0, r1), t1 = _mm_unpacklo_epi32(r2, r3);
+        const __m128i t2 = _mm_unpackhi_epi32(r0, r1), t3 = _mm_unpackhi_epi32(r2, r3);
+        const std::int64_t at = static_cast<std::int64_t>(k) * 12;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst[0] + at),
+                         _mm_shuffle_epi8(_mm_unpacklo_epi64(t0, t1), pack));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst[1] + at),
+                         _mm_shuffle_epi8(_mm_unpackhi_epi64(t0, t1), pack));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst[2] + at),
+                         _mm_shuffle_epi8(_mm_unpacklo_epi64(t2, t3), pack));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst[3] + at),
+                         _mm_shuffle_epi8(_mm_unpackhi_epi64(t2, t3), pack));
+    }
+}
+
+// The same for four-byte pixels, which need no spreading.
+void turnBlocksQuad(const std::uint8_t* src, std::int64_t step, std::int32_t blocks,
+                    std::uint8_t* dst[4]) {
+    for (std::int32_t k = 0; k < blocks; ++k, src += 4 * step) {
+        const __m128i r0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+        const __m128i r1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + step));
+        const __m128i r2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 2 * step));
+        const __m128i r3 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 3 * step));
+        const __m128i t0 = _mm_unpacklo_epi32(r0, r1), t1 = _mm_unpacklo_epi32(r2, r3);
+        const __m128i t2 = _mm_unpackhi_epi32(r0, r1), t3 = _mm_unpackhi_epi32(r2, r3);
+        const std::int64_t at = static_cast<std::int64_t>(k) * 16;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst[0] + at), _mm_unpacklo_epi64(t0, t1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst[1] + at), _mm_unpackhi_epi64(t0, t1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst[2] + at), _mm_unpacklo_epi64(t2, t3));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst[3] + at), _mm_unpackhi_epi64(t2, t3));
+    }
+}
+#endif
+
 // Output row o takes input column x = o (counter-clockwise) or w-1-o (clockwise); its
 // column c takes input row h-1-c or c.
 template <int P, bool kClockwise> bool turnBytes(const Rows& r) {
-    const std::uint64_t bandStride = r.outStride + 4; // room for the last four-byte move
+    const std::uint64_t bandStride = r.outStride + 16; // room for the last wide store
     const auto bandRows = static_cast<std::uint64_t>(std::min(r.w, kBandRows));
     const auto band = std::unique_ptr<std::uint8_t[]>(
         new (std::nothrow) std::uint8_t[static_cast<std::size_t>(bandStride * bandRows)]);
@@ -243,9 +294,18 @@ template <int P, bool kClockwise> bool turnBytes(const Rows& r) {
         return false;
     const bool stream = r.outStride * static_cast<std::uint64_t>(r.w) >= kStreamBytes;
     const auto inputRow = [&](std::int64_t c) { return r.inRow(kClockwise ? c : r.h - 1 - c); };
+    const auto columnOf = [&](std::int64_t o) -> std::int64_t {
+        return kClockwise ? r.w - 1 - o : o;
+    };
+    const auto bandRow = [&](std::int64_t o, std::int64_t o0) {
+        return band.get() + static_cast<std::uint64_t>(o - o0) * bandStride;
+    };
     const std::int64_t step =
         kClockwise ? static_cast<std::int64_t>(r.inStride) : -static_cast<std::int64_t>(r.inStride);
     const std::uint64_t rowBytes = static_cast<std::uint64_t>(r.h) * P;
+#if defined(__x86_64__) || defined(__i386__)
+    const bool blocks = P == 4 || (P == 3 && haveSsse3());
+#endif
     for (std::int32_t o0 = 0; o0 < r.w; o0 += kBandRows) {
         const std::int32_t o1 = std::min(r.w, o0 + kBandRows);
         const std::int64_t firstX = kClockwise ? r.w - o1 : o0;
@@ -258,10 +318,32 @@ template <int P, bool kClockwise> bool turnBytes(const Rows& r) {
                     __builtin_prefetch(p + b);
                 __builtin_prefetch(p + bandBytes - 1);
             }
-            for (std::int32_t o = o0; o < o1; ++o) {
-                const std::int64_t x = kClockwise ? r.w - 1 - o : o;
-                std::uint8_t* dst =
-                    band.get() + (o - o0) * bandStride + static_cast<std::int64_t>(c0) * P;
+            std::int32_t o = o0;
+#if defined(__x86_64__) || defined(__i386__)
+            // Whole 4×4 blocks, as long as their 16-byte reads stay inside the input rows.
+            const std::int32_t blockEnd = c0 + (c1 - c0) / 4 * 4;
+            for (; blocks && o + 4 <= o1; o += 4) {
+                const std::int64_t x = kClockwise ? r.w - 4 - o : o; // the block's first column
+                if (x * P + 16 > static_cast<std::int64_t>(r.inStride))
+                    break;
+                std::uint8_t* dst[4];
+                for (int j = 0; j < 4; ++j)
+                    dst[j] = bandRow(kClockwise ? o + 3 - j : o + j, o0) +
+                             static_cast<std::int64_t>(c0) * P;
+                const std::uint8_t* src = inputRow(c0) + x * P;
+                if constexpr (P == 3)
+                    turnBlocksRgb(src, step, (blockEnd - c0) / 4, dst);
+                else if constexpr (P == 4)
+                    turnBlocksQuad(src, step, (blockEnd - c0) / 4, dst);
+                for (std::int32_t c = blockEnd; c < c1; ++c)
+                    for (int j = 0; j < 4; ++j)
+                        std::memcpy(bandRow(o + j, o0) + static_cast<std::int64_t>(c) * P,
+                                    inputRow(c) + columnOf(o + j) * P, P);
+            }
+#endif
+            for (; o < o1; ++o) {
+                const std::int64_t x = columnOf(o);
+                std::uint8_t* dst = bandRow(o, o0) + static_cast<std::int64_t>(c0) * P;
                 const std::uint8_t* src = inputRow(c0) + x * P;
                 // Three-byte pixels move as four-byte words, each word's last byte
                 // overwritten by the next pixel; only the last input column, whose final
@@ -279,7 +361,7 @@ template <int P, bool kClockwise> bool turnBytes(const Rows& r) {
             }
         }
         for (std::int32_t o = o0; o < o1; ++o) {
-            std::uint8_t* row = band.get() + (o - o0) * bandStride;
+            std::uint8_t* row = bandRow(o, o0);
             std::memset(row + rowBytes, 0, static_cast<std::size_t>(r.outStride - rowBytes));
             copyOut(r.outRow(o), row, static_cast<std::size_t>(r.outStride), stream);
         }
