@@ -2,27 +2,16 @@
 // clipping, saving paletted pictures, and broken or hostile files. Test files are written
 // with giflib itself.
 #include "../DecodedPicture.h"
-#include "imagelib/core/DibHeader.h"
-#include "imagelib/imagelib.h"
+#include "../ScratchDir.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstring>
-#include <filesystem>
 #include <functional>
 #include <gif_lib.h>
-#include <memory>
-#include <string>
-#include <unistd.h>
-#include <vector>
 
 using namespace imagelib;
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-using Rgb = std::array<int, 3>;
 
 struct Frame {
     int left, top, width, height;
@@ -68,42 +57,17 @@ Bytes gifFile(int width, int height, const std::vector<GifColorType>& global, in
         GifFreeMapObject(local);
         // Interlaced rows are written in their four passes' order.
         constexpr int kStart[] = {0, 4, 2, 1}, kStep[] = {8, 8, 4, 2};
-        std::vector<int> order;
+        std::vector<GifPixelType> line(static_cast<std::size_t>(f.width));
         for (int pass = 0; pass < (f.interlaced ? 4 : 1); ++pass)
             for (int y = f.interlaced ? kStart[pass] : 0; y < f.height;
-                 y += f.interlaced ? kStep[pass] : 1)
-                order.push_back(y);
-        std::vector<GifPixelType> line(static_cast<std::size_t>(f.width));
-        for (int y : order) {
-            for (int x = 0; x < f.width; ++x)
-                line[static_cast<std::size_t>(x)] = static_cast<GifPixelType>(f.index(x, y));
-            EGifPutLine(gif, line.data(), f.width);
-        }
+                 y += f.interlaced ? kStep[pass] : 1) {
+                for (int x = 0; x < f.width; ++x)
+                    line[static_cast<std::size_t>(x)] = static_cast<GifPixelType>(f.index(x, y));
+                EGifPutLine(gif, line.data(), f.width);
+            }
     }
     EGifCloseFile(gif, &status);
     return out;
-}
-
-using Decoded = DecodedPicture;
-
-Decoded open(const Bytes& bytes, int page = 0) {
-    Decoded d;
-    d.params.pageIndex = page;
-    d.dib.reset(ImageLib_OpenMemory(bytes.data(), bytes.size(), &d.params));
-    return d;
-}
-
-// Red, green, blue of the pixel at (x, y) from the top left of a paletted bitmap.
-Rgb colourAt(const void* dib, int x, int y) {
-    const auto& h = *static_cast<const BitmapInfoHeader*>(dib);
-    const auto* table = static_cast<const std::uint8_t*>(dib) + 40;
-    const std::uint8_t* row = table + (h.clrUsed ? h.clrUsed : 1u << h.bitCount) * 4 +
-                              dibStride(static_cast<std::uint64_t>(h.width), h.bitCount) *
-                                  static_cast<std::size_t>(h.height - 1 - y);
-    const int index = h.bitCount == 8   ? row[x]
-                      : h.bitCount == 4 ? (x & 1 ? row[x / 2] & 15 : row[x / 2] >> 4)
-                                        : (row[x / 8] >> (7 - x % 8)) & 1;
-    return {table[4 * index + 2], table[4 * index + 1], table[4 * index]};
 }
 
 const std::vector<GifColorType> kGlobal = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {9, 9, 9}};
@@ -123,7 +87,7 @@ TEST(GifCodec, EachFrameIsAPageDrawnAloneOntoTheBackground) {
     const Bytes file = gifFile(7, 10, kGlobal, 3, frames);
     for (int page = 0; page < 3; ++page) {
         SCOPED_TRACE(page);
-        const Decoded d = open(file, page);
+        const DecodedPicture d = openMemory(file, page);
         ASSERT_TRUE(d.dib) << d.error();
         EXPECT_EQ(d.params.format, IMAGELIB_FMT_GIF);
         EXPECT_EQ(d.params.pageCount, 3);
@@ -139,11 +103,10 @@ TEST(GifCodec, EachFrameIsAPageDrawnAloneOntoTheBackground) {
                 if (index == f.transparent)
                     index = 3;
                 const GifColorType& c = colours[static_cast<std::size_t>(index)];
-                ASSERT_EQ(colourAt(d.dib.get(), x, y), (Rgb{c.Red, c.Green, c.Blue}))
-                    << x << "," << y;
+                ASSERT_EQ(d.pixel(x, y), (Bgra{c.Blue, c.Green, c.Red, 255})) << x << "," << y;
             }
     }
-    const Decoded beyond = open(file, 3);
+    const DecodedPicture beyond = openMemory(file, 3);
     EXPECT_FALSE(beyond.dib);
     EXPECT_EQ(beyond.params.pageCount, 3);
     EXPECT_EQ(beyond.error(), "The GIF file has only 3 pages; page 4 does not exist.");
@@ -153,75 +116,51 @@ TEST(GifCodec, BrokenAndHostileFiles) {
     const std::string damaged = "The GIF file is damaged or incomplete.";
     const Bytes two = gifFile(7, 10, kGlobal, 0, {{0, 0, 7, 10, {}}, {0, 0, 7, 10, {}}});
     const Bytes one = gifFile(7, 10, kGlobal, 0, {{0, 0, 7, 10, {}}});
-    Bytes truncated(one.begin(), one.end() - 6);
+    const Bytes twoCut(two.begin(), two.end() - 6);
     Bytes garbage = one;
     std::fill(garbage.begin() + 6, garbage.begin() + 30, 0xC3);
-    Bytes huge = gifFile(20000, 20000, kGlobal, 0, {{0, 0, 2, 2, {}}});
     const std::vector<std::tuple<const char*, Bytes, int, std::string>> cases = {
-        {"truncated in the pixels", truncated, 0, damaged},
+        {"truncated in the pixels", Bytes(one.begin(), one.end() - 6), 0, damaged},
         {"garbage after the signature", garbage, 0, damaged},
-        {"screen far larger than the data", huge, 0,
-         "The GIF file claims a picture far larger than its data."},
+        {"screen far larger than the data", gifFile(20000, 20000, kGlobal, 0, {{0, 0, 2, 2, {}}}),
+         0, "The GIF file claims a picture far larger than its data."},
         {"no frame at all", gifFile(7, 10, kGlobal, 0, {}), 0, "The GIF file contains no picture."},
-        {"second frame cut off, asked for", Bytes(two.begin(), two.end() - 6), 1, damaged},
+        {"second frame cut off, asked for", twoCut, 1, damaged},
     };
     for (const auto& [name, bytes, page, text] : cases) {
         SCOPED_TRACE(name);
-        const Decoded d = open(bytes, page);
+        const DecodedPicture d = openMemory(bytes, page);
         EXPECT_FALSE(d.dib);
         EXPECT_EQ(d.error(), text);
     }
     // A partly downloaded animation still shows the frames that arrived.
-    const Decoded first = open(Bytes(two.begin(), two.end() - 6), 0);
+    const DecodedPicture first = openMemory(twoCut, 0);
     ASSERT_TRUE(first.dib) << first.error();
     EXPECT_EQ(first.params.pageCount, 1);
 }
 
 TEST(GifCodec, SavesPalettedPicturesAsOneFrame) {
-    const auto dir =
-        std::filesystem::temp_directory_path() / ("imagelib-gif-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(dir);
-    const std::string path = (dir / "round.gif").string();
+    const ScratchDir dir;
+    const std::string path = dir.file("round.gif");
+    ImageIoParams save{};
+    save.format = IMAGELIB_FMT_GIF;
     for (int bits : {1, 4, 8}) {
         SCOPED_TRACE(bits);
-        const int width = 19, height = 6, colours = bits == 1 ? 2 : bits == 4 ? 5 : 256;
-        const std::size_t stride = dibStride(width, static_cast<std::uint32_t>(bits));
-        const std::size_t pixels = 40 + 4 * static_cast<std::size_t>(colours);
-        Bytes dib(pixels + stride * height, 0);
-        const BitmapInfoHeader h{40, width, height, 1, static_cast<std::uint16_t>(bits),
-                                 0,  0,     0,      0, static_cast<std::uint32_t>(colours),
-                                 0};
-        std::memcpy(dib.data(), &h, 40);
-        for (int i = 0; i < colours; ++i) {
-            std::uint8_t* q = &dib[40 + 4 * static_cast<std::size_t>(i)];
-            q[0] = static_cast<std::uint8_t>(i * 3);
-            q[1] = static_cast<std::uint8_t>(255 - i);
-            q[2] = 77;
-        }
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x) {
-                const int index = (7 * x + 3 * y) % colours;
-                dib[pixels + stride * static_cast<std::size_t>(y) + x * bits / 8] |=
-                    static_cast<std::uint8_t>(index << (8 - bits - x * bits % 8));
-            }
-
-        ImageIoParams save{};
-        save.format = IMAGELIB_FMT_GIF;
+        std::vector<RgbQuad> palette(bits == 1 ? 2 : bits == 4 ? 5 : 256);
+        for (std::size_t i = 0; i < palette.size(); ++i)
+            palette[i] = {static_cast<std::uint8_t>(i * 3), static_cast<std::uint8_t>(255 - i), 77,
+                          0};
+        const Bytes dib = patternDib(bits, palette);
         ASSERT_EQ(ImageLib_CanSave(dib.data(), &save), 1);
         ASSERT_TRUE(ImageLib_Save(path.c_str(), dib.data(), &save));
-        Decoded back;
-        back.dib.reset(ImageLib_Open(path.c_str(), &back.params));
+        const DecodedPicture back = openFile(path);
         ASSERT_TRUE(back.dib) << back.error();
         EXPECT_EQ(back.params.pageCount, 1);
         EXPECT_EQ(back.header().bitCount, 8);
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x)
-                ASSERT_EQ(colourAt(back.dib.get(), x, y), colourAt(dib.data(), x, y))
-                    << x << "," << y;
+        for (int y = 0; y < 5; ++y)
+            for (int x = 0; x < 21; ++x)
+                ASSERT_EQ(back.pixel(x, y), pixelAt(dib.data(), x, y)) << x << "," << y;
     }
-    BitmapInfoHeader rgb{40, 2, 2, 1, 24, 0, 0, 0, 0, 0, 0};
-    ImageIoParams save{};
-    save.format = IMAGELIB_FMT_GIF;
+    const BitmapInfoHeader rgb{40, 2, 2, 1, 24, 0, 0, 0, 0, 0, 0};
     EXPECT_EQ(ImageLib_CanSave(&rgb, &save), 0);
-    std::filesystem::remove_all(dir);
 }

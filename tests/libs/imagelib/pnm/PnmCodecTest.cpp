@@ -1,28 +1,15 @@
 // The PNM codec: every kind of anymap read to the same pixels, hostile headers refused
 // before allocating, and each savable depth written and read back.
 #include "../DecodedPicture.h"
-#include "imagelib/core/DibHeader.h"
-#include "imagelib/imagelib.h"
+#include "../ScratchDir.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <string>
-#include <tuple>
-#include <unistd.h>
-#include <vector>
 
 using namespace imagelib;
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-using Bgr = std::array<int, 3>;
 
 Bytes bytes(const std::string& text, const Bytes& tail = {}) {
     Bytes b(text.begin(), text.end());
@@ -30,61 +17,8 @@ Bytes bytes(const std::string& text, const Bytes& tail = {}) {
     return b;
 }
 
-struct Decoded : DecodedPicture {
-    Bgr bgr(int x, int y) const {
-        const auto& h = header();
-        const std::uint8_t* row = topRow(y);
-        if (h.bitCount == 24)
-            return {row[3 * x], row[3 * x + 1], row[3 * x + 2]};
-        const int index = h.bitCount == 1 ? (row[x / 8] >> (7 - x % 8)) & 1 : row[x];
-        const auto* q = static_cast<const std::uint8_t*>(dib.get()) + 40 + index * 4;
-        return {q[0], q[1], q[2]};
-    }
-};
-
-Decoded open(const Bytes& b) {
-    Decoded d;
-    d.dib.reset(ImageLib_OpenMemory(b.data(), b.size(), &d.params));
-    return d;
-}
-
-// A packed bitmap built by hand from top-down rows without padding.
-Bytes dib(int width, int height, int bitCount, const std::vector<RgbQuad>& palette,
-          const Bytes& rows) {
-    Bytes b(40 + palette.size() * 4);
-    BitmapInfoHeader h{};
-    h.size = 40;
-    h.width = width;
-    h.height = height;
-    h.planes = 1;
-    h.bitCount = static_cast<std::uint16_t>(bitCount);
-    h.sizeImage = static_cast<std::uint32_t>(dibStride(width, bitCount) * height);
-    h.clrUsed = static_cast<std::uint32_t>(palette.size());
-    std::memcpy(b.data(), &h, 40);
-    if (!palette.empty())
-        std::memcpy(b.data() + 40, palette.data(), palette.size() * 4);
-    const std::size_t used = (static_cast<std::size_t>(width) * bitCount + 7) / 8;
-    for (int y = height - 1; y >= 0; --y) {
-        b.insert(b.end(), rows.begin() + y * used, rows.begin() + (y + 1) * used);
-        b.resize(b.size() + dibStride(width, bitCount) - used, 0);
-    }
-    return b;
-}
-
-std::filesystem::path tempDir() {
-    auto dir =
-        std::filesystem::temp_directory_path() / ("imagelib-pnm-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(dir);
-    return dir;
-}
-
-Bytes readFile(const std::filesystem::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
-constexpr Bgr kRed{0, 0, 255}, kGreen{0, 255, 0}, kBlue{255, 0, 0};
-constexpr Bgr kWhite{255, 255, 255}, kBlack{0, 0, 0}, kGrey{128, 128, 128};
+constexpr Bgra kRed{0, 0, 255, 255}, kGreen{0, 255, 0, 255}, kBlue{255, 0, 0, 255};
+constexpr Bgra kWhite{255, 255, 255, 255}, kBlack{0, 0, 0, 255}, kGrey{128, 128, 128, 255};
 
 const RgbQuad kPalWhite{255, 255, 255, 0};
 const RgbQuad kPalBlack{0, 0, 0, 0};
@@ -92,15 +26,12 @@ const RgbQuad kPalBlack{0, 0, 0, 0};
 } // namespace
 
 TEST(PnmCodec, DecodesEveryKindToTheSamePixels) {
-    struct Row {
-        const char* name;
-        Bytes file;
-        int bitCount;
-        std::vector<Bgr> pixels; // 3 x 2, top row first
-    };
-    const std::vector<Bgr> colour = {kRed, kGreen, kBlue, kWhite, kBlack, kGrey};
-    const std::vector<Bgr> grey = {kBlack, kGrey, kWhite, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}};
-    const std::vector<Row> rows = {
+    const std::vector<Bgra> colour = {kRed, kGreen, kBlue, kWhite, kBlack, kGrey};
+    const std::vector<Bgra> grey = {kBlack,         kGrey,          kWhite,
+                                    {1, 1, 1, 255}, {2, 2, 2, 255}, {3, 3, 3, 255}};
+    const std::vector<Bgra> bits = {kBlack, kWhite, kWhite, kWhite, kBlack, kBlack};
+    // The file, the bits it decodes to and its pixels, 3 x 2 with the top row first.
+    const std::vector<std::tuple<const char*, Bytes, int, std::vector<Bgra>>> rows = {
         {"P3 with comments",
          bytes("P3\n# by hand\n3 #w\n2\n255\n255 0 0 0 255 0 0 0 255\n"
                "255 255 255 0 0 0 128 128 128\n"),
@@ -117,37 +48,27 @@ TEST(PnmCodec, DecodesEveryKindToTheSamePixels) {
         {"P3 maxval 15, a sample above it",
          bytes("P3 3 2 15 15 0 0 0 15 0 0 0 15 15 99 15 0 0 0 8 8 8\n"),
          24,
-         {kRed, kGreen, kBlue, kWhite, kBlack, {136, 136, 136}}},
+         {kRed, kGreen, kBlue, kWhite, kBlack, {136, 136, 136, 255}}},
         {"P2", bytes("P2 3 2 255\n0 128 255\n1 2 3\n"), 8, grey},
         {"P5", bytes("P5 3 2 255\r", {0, 128, 255, 1, 2, 3}), 8, grey},
-        {"P5 16-bit",
-         bytes("P5 3 2 65535\n", {0, 0, 128, 128, 255, 255, 1, 0, 2, 0, 3, 0}),
-         8,
-         {kBlack, kGrey, kWhite, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}}},
-        {"P1 without separators",
-         bytes("P1\n3 2\n100\n0 1 1"),
-         1,
-         {kBlack, kWhite, kWhite, kWhite, kBlack, kBlack}},
-        {"P4",
-         bytes("P4 3 2\n", {0x9F, 0x60}),
-         1,
-         {kBlack, kWhite, kWhite, kWhite, kBlack, kBlack}},
+        {"P5 16-bit", bytes("P5 3 2 65535\n", {0, 0, 128, 128, 255, 255, 1, 0, 2, 0, 3, 0}), 8,
+         grey},
+        {"P1 without separators", bytes("P1\n3 2\n100\n0 1 1"), 1, bits},
+        {"P4", bytes("P4 3 2\n", {0x9F, 0x60}), 1, bits},
     };
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.name);
-        const Decoded d = open(r.file);
+    for (const auto& [name, file, bitCount, pixels] : rows) {
+        SCOPED_TRACE(name);
+        const DecodedPicture d = openMemory(file);
         ASSERT_TRUE(d.dib) << d.error();
         EXPECT_EQ(d.params.format, IMAGELIB_FMT_PNM);
-        EXPECT_EQ(d.params.pageCount, 1);
-        EXPECT_EQ(d.header().bitCount, r.bitCount);
+        EXPECT_EQ(d.header().bitCount, bitCount);
         EXPECT_EQ(d.header().width, 3);
         EXPECT_EQ(d.header().height, 2);
         for (int i = 0; i < 6; ++i)
-            EXPECT_EQ(d.bgr(i % 3, i / 3), r.pixels[static_cast<std::size_t>(i)]) << i;
+            EXPECT_EQ(d.pixel(i % 3, i / 3), pixels[static_cast<std::size_t>(i)]) << i;
         // Bits and bytes past the last pixel are cleared, whatever the file had there.
-        const std::size_t used = r.bitCount == 1 ? 1 : 3 * static_cast<std::size_t>(r.bitCount) / 8;
-        EXPECT_EQ(d.topRow(0)[used], 0);
-        if (r.bitCount == 1) {
+        EXPECT_EQ(d.topRow(0)[bitCount == 1 ? 1 : 3 * bitCount / 8], 0);
+        if (bitCount == 1) {
             EXPECT_EQ(d.topRow(0)[0] & 0x1F, 0);
         }
     }
@@ -156,7 +77,6 @@ TEST(PnmCodec, DecodesEveryKindToTheSamePixels) {
 TEST(PnmCodec, HostileFilesGiveATextNeverACrash) {
     const std::string damaged = "The PNM file is damaged or incomplete.";
     const std::string badHeader = "The PNM file's header is invalid.";
-    // Cases are (what is wrong, the file, the text it gives).
     const std::vector<std::tuple<const char*, Bytes, std::string>> cases = {
         {"raw rows cut short", bytes("P6 3 2 255\n", Bytes(17, 7)), damaged},
         {"plain samples run out", bytes("P2 4 1 255\n1 2 3        "), damaged},
@@ -175,72 +95,56 @@ TEST(PnmCodec, HostileFilesGiveATextNeverACrash) {
     };
     for (const auto& [name, file, text] : cases) {
         SCOPED_TRACE(name);
-        const Decoded d = open(file);
+        const DecodedPicture d = openMemory(file);
         EXPECT_FALSE(d.dib);
         EXPECT_EQ(d.error(), text);
     }
     // Not anymaps at all: no codec claims them.
     for (const char* text : {"P7 1 1", "P", "PX"})
-        EXPECT_FALSE(open(bytes(text)).dib) << text;
+        EXPECT_FALSE(openMemory(bytes(text)).dib) << text;
 }
 
 TEST(PnmCodec, SavesTheDepthsItCanHoldAndReadsThemBack) {
-    struct Row {
-        const char* name;
-        Bytes picture;
-        const char* magic;
-        bool sameBlock; // the reread block equals the saved one byte for byte
-    };
-    std::vector<RgbQuad> ramp(256);
-    for (std::size_t i = 0; i < 256; ++i) {
-        const auto v = static_cast<std::uint8_t>(i);
-        ramp[i] = {v, v, v, 0};
-    }
     // 9 x 2 at 1 bit: the second byte of each row holds the ninth pixel.
     const Bytes bits = {0xA5, 0x80, 0x3C, 0x00};
-    const std::vector<Row> rows = {
-        {"1-bit white then black", dib(9, 2, 1, {kPalWhite, kPalBlack}, bits), "P4", true},
-        {"1-bit black then white", dib(9, 2, 1, {kPalBlack, kPalWhite}, bits), "P4", false},
-        {"8-bit grey ramp", dib(3, 2, 8, ramp, {0, 100, 255, 7, 8, 9}), "P5", true},
+    // The picture, the magic it is saved with, and whether the reread block equals it byte
+    // for byte.
+    const std::vector<std::tuple<const char*, Bytes, const char*, bool>> rows = {
+        {"1-bit white then black", makeDib(9, 2, 1, {kPalWhite, kPalBlack}, bits), "P4", true},
+        {"1-bit black then white", makeDib(9, 2, 1, {kPalBlack, kPalWhite}, bits), "P4", false},
+        {"8-bit grey ramp", makeDib(3, 2, 8, greyRamp(256), {0, 100, 255, 7, 8, 9}), "P5", true},
         {"8-bit colour palette",
-         dib(3, 2, 8, {{0, 0, 255, 0}, {255, 0, 0, 0}, {9, 8, 7, 0}}, {0, 1, 2, 2, 1, 0}), "P6",
+         makeDib(3, 2, 8, {{0, 0, 255, 0}, {255, 0, 0, 0}, {9, 8, 7, 0}}, {0, 1, 2, 2, 1, 0}), "P6",
          false},
-        {"24-bit", dib(3, 2, 24, {}, {1, 2, 3, 4, 5, 6, 7, 8, 9, 9, 8, 7, 6, 5, 4, 3, 2, 1}), "P6",
-         true},
+        {"24-bit", makeDib(3, 2, 24, {}, {1, 2, 3, 4, 5, 6, 7, 8, 9, 9, 8, 7, 6, 5, 4, 3, 2, 1}),
+         "P6", true},
     };
-    const auto dir = tempDir();
-    const auto path = dir / "round.pnm";
+    const ScratchDir dir;
+    const std::string path = dir.file("round.pnm");
     ImageIoParams pnm{};
     pnm.format = IMAGELIB_FMT_PNM;
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.name);
+    for (const auto& [name, picture, magic, sameBlock] : rows) {
+        SCOPED_TRACE(name);
         ImageIoParams save{}; // all zero: the extension decides
-        ASSERT_EQ(ImageLib_CanSave(r.picture.data(), &pnm), 1);
-        ASSERT_TRUE(ImageLib_Save(path.c_str(), r.picture.data(), &save));
+        ASSERT_EQ(ImageLib_CanSave(picture.data(), &pnm), 1);
+        ASSERT_TRUE(ImageLib_Save(path.c_str(), picture.data(), &save));
         const Bytes written = readFile(path);
-        ASSERT_GE(written.size(), 2u);
-        EXPECT_EQ(std::string(written.begin(), written.begin() + 2), r.magic);
-
-        Decoded back;
-        back.dib.reset(ImageLib_Open(path.c_str(), &back.params));
+        EXPECT_EQ(std::string(written.begin(), written.end()).substr(0, 2), magic);
+        const DecodedPicture back = openFile(path);
         ASSERT_TRUE(back.dib) << back.error();
-        Decoded original;
-        original.dib.reset(std::malloc(r.picture.size()));
-        std::memcpy(original.dib.get(), r.picture.data(), r.picture.size());
-        const int w = original.header().width;
+        const int w = reinterpret_cast<const BitmapInfoHeader*>(picture.data())->width;
         for (int y = 0; y < 2; ++y)
             for (int x = 0; x < w; ++x)
-                EXPECT_EQ(back.bgr(x, y), original.bgr(x, y)) << x << "," << y;
-        if (r.sameBlock) {
-            ASSERT_EQ(ImageLib_DibSize(back.dib.get()), r.picture.size());
-            EXPECT_EQ(0, std::memcmp(back.dib.get(), r.picture.data(), r.picture.size()));
+                EXPECT_EQ(back.pixel(x, y), pixelAt(picture.data(), x, y)) << x << "," << y;
+        if (sameBlock) {
+            ASSERT_EQ(back.size(), picture.size());
+            EXPECT_EQ(0, std::memcmp(back.dib.get(), picture.data(), picture.size()));
         }
     }
-    std::filesystem::remove_all(dir);
 
     // Colour bitmaps, 4 bits and alpha have no anymap kind.
     for (const Bytes& b :
-         {dib(1, 1, 1, {{0, 0, 255, 0}, kPalWhite}, {0}), dib(1, 1, 4, {kPalBlack, kPalWhite}, {0}),
-          dib(1, 1, 32, {}, {1, 2, 3, 4})})
+         {makeDib(1, 1, 1, {{0, 0, 255, 0}, kPalWhite}, {0}),
+          makeDib(1, 1, 4, {kPalBlack, kPalWhite}, {0}), makeDib(1, 1, 32, {}, {1, 2, 3, 4})})
         EXPECT_EQ(ImageLib_CanSave(b.data(), &pnm), 0);
 }
