@@ -19,6 +19,87 @@
         <source>ids_lanmira_update</source>
         <translation>Informationen zur Aktualisierung: %s</translation>
     </message>
+    <message>
+        <source>ids_folders</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>ids_video</source>
+        <translation>Kamera</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_paste</source>
+        <translation>Einfügen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_cut</source>
+        <translation>Ausschneiden</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_refresh</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_icons</source>
+        <translation>Symbole</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_sort</source>
+        <translation>Sortieren</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_status_position</source>
+        <translation>%d/%d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_status_selection</source>
+        <translation>%d, %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_status_waiting</source>
+        <translation>Warten...</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_status_image</source>
+        <translation>%d bpp  %d x %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_title</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_confirm</source>
+        <translation>Möchten Sie „%s“ in den Papierkorb verschieben?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_confirm_many</source>
+        <translation>Möchten Sie diese %d Elemente in den Papierkorb verschieben?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_forever</source>
+        <translation>Möchten Sie „%s“ endgültig löschen? Das kann nicht rückgängig gemacht werden.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_forever_many</source>
+        <translation>Möchten Sie diese %d Elemente endgültig löschen? Das kann nicht rückgängig gemacht werden.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_notrash</source>
+        <translation>„%s“ kann nicht in den Papierkorb verschoben werden, weil dieses Laufwerk keinen hat. Möchten Sie die Datei endgültig löschen?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_failed</source>
+        <translation>„%s“ konnte nicht gelöscht werden.
+%s</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -64,6 +145,70 @@
     <message>
         <source>57664</source>
         <translation>Ü&amp;ber...</translation>
+    </message>
+    <message>
+        <source>edit</source>
+        <translation>&amp;Bearbeiten</translation>
+    </message>
+    <message>
+        <source>view</source>
+        <translation>&amp;Ansicht</translation>
+    </message>
+    <message>
+        <source>32772</source>
+        <translation>&amp;Löschen	[Shift+]Delete</translation>
+    </message>
+    <message>
+        <source>32784</source>
+        <translation>&amp;Alles auswählen	Ctrl+A</translation>
+    </message>
+    <message>
+        <source>32874</source>
+        <translation>Auswahl &amp;umkehren</translation>
+    </message>
+    <message>
+        <source>32782</source>
+        <translation>&amp;Große Symbole</translation>
+    </message>
+    <message>
+        <source>32783</source>
+        <translation>&amp;Kleine Symbole</translation>
+    </message>
+    <message>
+        <source>32777</source>
+        <translation>Nach &amp;Name sortieren</translation>
+    </message>
+    <message>
+        <source>32778</source>
+        <translation>Nach &amp;Typ sortieren</translation>
+    </message>
+    <message>
+        <source>32779</source>
+        <translation>Nach &amp;Größe sortieren</translation>
+    </message>
+    <message>
+        <source>32871</source>
+        <translation>Nach &amp;Breite sortieren</translation>
+    </message>
+    <message>
+        <source>32872</source>
+        <translation>Nach &amp;Höhe sortieren</translation>
+    </message>
+    <message>
+        <source>32876</source>
+        <translation>Nach &amp;Erweiterung sortieren</translation>
+    </message>
+    <message>
+        <source>32780</source>
+        <translation>&amp;Aufsteigend</translation>
+    </message>
+    <message>
+        <source>32781</source>
+        <translation>Ab&amp;steigend</translation>
+    </message>
+    <message>
+        <source>32773</source>
+        <translation>&amp;Aktualisieren	F5</translation>
     </message>
 </context>
 <context>

@@ -19,6 +19,87 @@
         <source>ids_lanmira_update</source>
         <translation>Update information: %s</translation>
     </message>
+    <message>
+        <source>ids_folders</source>
+        <translation>Folders</translation>
+    </message>
+    <message>
+        <source>ids_video</source>
+        <translation>Camera</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_copy</source>
+        <translation>Copy</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_paste</source>
+        <translation>Paste</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_cut</source>
+        <translation>Cut</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_delete</source>
+        <translation>Delete</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_refresh</source>
+        <translation>Refresh</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_icons</source>
+        <translation>Icons</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_sort</source>
+        <translation>Sort</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_status_position</source>
+        <translation>%d/%d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_status_selection</source>
+        <translation>%d, %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_status_waiting</source>
+        <translation>Waiting...</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_status_image</source>
+        <translation>%d bpp  %d x %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_title</source>
+        <translation>Delete</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_confirm</source>
+        <translation>Do you want to move "%s" to the trash?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_confirm_many</source>
+        <translation>Do you want to move these %d items to the trash?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_forever</source>
+        <translation>Do you want to delete "%s" for good? This cannot be undone.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_forever_many</source>
+        <translation>Do you want to delete these %d items for good? This cannot be undone.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_notrash</source>
+        <translation>"%s" cannot be moved to the trash: its volume has none. Do you want to delete it for good?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_delete_failed</source>
+        <translation>"%s" could not be deleted.
+%s</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -64,6 +145,70 @@
     <message>
         <source>57664</source>
         <translation>&amp;About...</translation>
+    </message>
+    <message>
+        <source>edit</source>
+        <translation>&amp;Edit</translation>
+    </message>
+    <message>
+        <source>view</source>
+        <translation>&amp;View</translation>
+    </message>
+    <message>
+        <source>32772</source>
+        <translation>&amp;Delete	[Shift+]Delete</translation>
+    </message>
+    <message>
+        <source>32784</source>
+        <translation>Select &amp;All	Ctrl+A</translation>
+    </message>
+    <message>
+        <source>32874</source>
+        <translation>&amp;Invert Selection</translation>
+    </message>
+    <message>
+        <source>32782</source>
+        <translation>&amp;Large Icons</translation>
+    </message>
+    <message>
+        <source>32783</source>
+        <translation>&amp;Small Icons</translation>
+    </message>
+    <message>
+        <source>32777</source>
+        <translation>Sort by &amp;Name</translation>
+    </message>
+    <message>
+        <source>32778</source>
+        <translation>Sort by &amp;Type</translation>
+    </message>
+    <message>
+        <source>32779</source>
+        <translation>Sort by &amp;Size</translation>
+    </message>
+    <message>
+        <source>32871</source>
+        <translation>Sort by &amp;Width</translation>
+    </message>
+    <message>
+        <source>32872</source>
+        <translation>Sort by &amp;Height</translation>
+    </message>
+    <message>
+        <source>32876</source>
+        <translation>Sort by &amp;Extension</translation>
+    </message>
+    <message>
+        <source>32780</source>
+        <translation>&amp;Ascending</translation>
+    </message>
+    <message>
+        <source>32781</source>
+        <translation>&amp;Descending</translation>
+    </message>
+    <message>
+        <source>32773</source>
+        <translation>&amp;Refresh	F5</translation>
     </message>
 </context>
 <context>

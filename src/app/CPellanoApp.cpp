@@ -116,7 +116,13 @@ bool CPellanoApp::initInstance() {
 
     iopt_init(nullptr, m_company.toUtf8().constData(), m_app.toUtf8().constData());
 
-    m_browserFrame = std::make_unique<CMainFrame1>(*this);
+    CMainFrame1::Start browserStart{m_company, m_app, m_programFolder, {}};
+    if (!m_options.path.isEmpty()) {
+        // A folder is browsed; a file is browsed in its folder.
+        const QFileInfo given(m_options.path);
+        browserStart.folder = given.isDir() ? given.absoluteFilePath() : given.absolutePath();
+    }
+    m_browserFrame = std::make_unique<CMainFrame1>(*this, browserStart);
     m_viewerFrame = std::make_unique<CMainFrame2>(*this);
     connect(m_browserFrame.get(), &CMainFrame1::camerasChanged, this,
             &CPellanoApp::enumerateCameras);

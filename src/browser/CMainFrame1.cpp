@@ -1,25 +1,115 @@
 #include "browser/CMainFrame1.h"
 
+#include "browser/CFoldersPane.h"
+#include "browser/CView1.h"
 #include "i18n/i18n.h"
 #include "platform/CommandIds.h"
+#include "platform/CommandRouter.h"
+#include "platform/FrameHost.h"
 #include "platform/PostedMessage.h"
+
+#include <QAction>
+#include <QIcon>
+#include <QLabel>
+#include <QStatusBar>
+#include <QStyle>
+#include <QToolBar>
 
 namespace lanmira {
 
 const MenuResource& CMainFrame1::menuResource() {
     using E = MenuEntry;
-    static const MenuResource menu{"IDR_BROWSER",
-                                   {E::popup("file", {E::item(cmd::ID_APP_EXIT)}),
-                                    E::popup("help", {E::item(cmd::ID_APP_ABOUT)})}};
+    static const MenuResource menu{
+        "IDR_BROWSER",
+        {E::popup("file", {E::item(cmd::ID_APP_EXIT)}),
+         E::popup("edit", {E::item(cmd::ID_DELETE), E::separator(), E::item(cmd::ID_SELECT_ALL),
+                           E::item(cmd::ID_INVERT_SELECTION)}),
+         E::popup("view", {E::item(cmd::ID_LARGE_ICONS), E::item(cmd::ID_SMALL_ICONS),
+                           E::separator(), E::item(cmd::ID_SORT_BY_NAME),
+                           E::item(cmd::ID_SORT_BY_TYPE), E::item(cmd::ID_SORT_BY_SIZE),
+                           E::item(cmd::ID_SORT_BY_WIDTH), E::item(cmd::ID_SORT_BY_HEIGHT),
+                           E::item(cmd::ID_SORT_BY_EXTENSION), E::separator(),
+                           E::item(cmd::ID_SORT_ASCENDING), E::item(cmd::ID_SORT_DESCENDING),
+                           E::separator(), E::item(cmd::ID_BROWSER_REFRESH)}),
+         E::popup("help", {E::item(cmd::ID_APP_ABOUT)})}};
     return menu;
 }
 
-CMainFrame1::CMainFrame1(FrameHost& host)
-    : ModeFrame(host, menuResource(), QStringLiteral("CMainFrame1")) {
+CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
+    : ModeFrame(host, menuResource(), QStringLiteral("CMainFrame1")),
+      m_view(new CView1(start.company, start.app, start.programFolder, this)),
+      m_folders(new CFoldersPane(start.folder, this)), m_position(new QLabel(this)),
+      m_name(new QLabel(this)), m_image(new QLabel(this)) {
     setWindowTitle(i18n_stringW("ids_lanmira_browser_title"));
-    auto* centre = new QWidget(this);
-    centre->setObjectName(QStringLiteral("browserView"));
-    setCentralWidget(centre);
+    m_view->setObjectName(QStringLiteral("browserView"));
+    setCentralWidget(m_view);
+    router().setTargets({m_view, this, host.applicationCommands()});
+
+    addDockWidget(Qt::LeftDockWidgetArea, m_folders);
+    resizeDocks({m_folders}, {260}, Qt::Horizontal);
+    connect(m_folders, &CFoldersPane::folderChosen, m_view, &CView1::openFolder);
+
+    buildToolBar();
+
+    // Position, then the name (which takes the spare width), then the picture's size.
+    m_position->setObjectName(QStringLiteral("statusPosition"));
+    m_name->setObjectName(QStringLiteral("statusName"));
+    m_image->setObjectName(QStringLiteral("statusImage"));
+    m_name->setMinimumWidth(200);
+    m_position->setMinimumWidth(80);
+    m_image->setMinimumWidth(140);
+    statusBar()->addWidget(m_position);
+    statusBar()->addWidget(m_name, 1);
+    statusBar()->addPermanentWidget(m_image);
+    connect(m_view, &CView1::statusChanged, this, &CMainFrame1::updateStatus);
+
+    m_view->startBrowser();
+    m_view->setFocus();
+}
+
+CMainFrame1::~CMainFrame1() = default;
+
+void CMainFrame1::buildToolBar() {
+    struct Button {
+        int id;
+        const char* text;
+        const char* themeIcon;
+        QStyle::StandardPixmap fallback;
+    };
+    static const Button buttons[] = {
+        {cmd::ID_FILES_COPY, "ids_lanmira_toolbar_copy", "edit-copy", QStyle::SP_FileIcon},
+        {cmd::ID_FILES_PASTE, "ids_lanmira_toolbar_paste", "edit-paste",
+         QStyle::SP_DialogOpenButton},
+        {cmd::ID_FILES_CUT, "ids_lanmira_toolbar_cut", "edit-cut", QStyle::SP_DialogResetButton},
+        {cmd::ID_DELETE, "ids_lanmira_toolbar_delete", "edit-delete", QStyle::SP_TrashIcon},
+        {cmd::ID_BROWSER_REFRESH, "ids_lanmira_toolbar_refresh", "view-refresh",
+         QStyle::SP_BrowserReload},
+        {cmd::ID_BROWSER_TOGGLE_ICONS, "ids_lanmira_toolbar_icons", "view-list-icons",
+         QStyle::SP_FileDialogListView},
+        {cmd::ID_BROWSER_SORT_CYCLE, "ids_lanmira_toolbar_sort", "view-sort-ascending",
+         QStyle::SP_ArrowDown},
+        {cmd::ID_CAMERA_DROPDOWN, "ids_video", "camera-photo", QStyle::SP_ComputerIcon},
+    };
+    m_toolBar = addToolBar(QStringLiteral("browserToolBar"));
+    m_toolBar->setObjectName(QStringLiteral("browserToolBar"));
+    m_toolBar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    m_toolBar->setMovable(false);
+    for (const Button& b : buttons) {
+        QAction* a = router().action(b.id);
+        // The button's label; the menu keeps the action's own text.
+        a->setIconText(i18n_stringW(b.text));
+        if (a->icon().isNull())
+            a->setIcon(QIcon::fromTheme(QString::fromLatin1(b.themeIcon),
+                                        style()->standardIcon(b.fallback)));
+        m_toolBar->addAction(a);
+    }
+}
+
+void CMainFrame1::updateStatus() {
+    const StatusTexts texts = m_view->statusTexts();
+    m_position->setText(texts.position);
+    m_name->setText(texts.name);
+    m_image->setText(texts.image);
 }
 
 void CMainFrame1::customEvent(QEvent* event) {

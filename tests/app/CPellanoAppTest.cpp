@@ -167,7 +167,7 @@ TEST_F(AppFixture, ProfileNamingAnotherCompanyKeepsItsSettingsApart) {
     EXPECT_TRUE(app.url().isEmpty()); // a company was given, so no built-in url
     app.exitInstance(0);
     EXPECT_TRUE(QFile::exists(configHome() + QStringLiteral("/Acme/Scope/Scope.conf")));
-    EXPECT_FALSE(QFile::exists(configHome() + QStringLiteral("/Vornalt")));
+    EXPECT_FALSE(QFile::exists(configHome() + QStringLiteral("/Vornalt/Lanmira/Lanmira.conf")));
 }
 
 TEST_F(AppFixture, ProfileFaultsAreReportedAndNothingIsWritten) {

@@ -143,7 +143,7 @@ TEST(StartupE2E, ProfileInParentFolderNamesOtherCompanyAndApp) {
     ASSERT_TRUE(run.waitForExit(15000));
     EXPECT_TRUE(
         QFile::exists(run.configHome() + QStringLiteral("/Acme Optics/ScopeView/ScopeView.conf")));
-    EXPECT_FALSE(QFile::exists(run.configHome() + QStringLiteral("/Vornalt")));
+    EXPECT_FALSE(QFile::exists(run.configHome() + QStringLiteral("/Vornalt/Lanmira/Lanmira.conf")));
 }
 
 // Each profile fault shows its own text in a message box and on stderr, then the program

@@ -1,0 +1,83 @@
+#include "browser/CFoldersPane.h"
+
+#include "i18n/i18n.h"
+#include "platform/PostedMessage.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QFileSystemModel>
+#include <QHeaderView>
+#include <QTreeView>
+
+namespace lanmira {
+
+CFoldersPane::CFoldersPane(const QString& startFolder, QWidget* parent)
+    : QDockWidget(i18n_stringW("ids_folders"), parent), m_model(new QFileSystemModel(this)),
+      m_tree(new QTreeView(this)),
+      m_startFolder(startFolder.isEmpty() ? QDir::currentPath() : startFolder) {
+    setObjectName(QStringLiteral("CFoldersPane"));
+    setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
+    // Folders only; the model lists them on a thread of its own, so a slow mount never
+    // freezes the tree.
+    m_model->setFilter(QDir::AllDirs | QDir::NoDotAndDotDot | QDir::Drives);
+    m_model->setReadOnly(true);
+    m_model->setRootPath(QStringLiteral("/"));
+    m_tree->setModel(m_model);
+    m_tree->setObjectName(QStringLiteral("folderTree"));
+    m_tree->setHeaderHidden(true);
+    for (int c = 1; c < m_model->columnCount(); ++c)
+        m_tree->hideColumn(c);
+    m_tree->setRootIsDecorated(true);
+    m_tree->setUniformRowHeights(true);
+    m_tree->setFrameShape(QFrame::StyledPanel);
+    m_tree->setSelectionMode(QAbstractItemView::SingleSelection);
+    setWidget(m_tree);
+    connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &CFoldersPane::currentChanged);
+    postMessage(this, msg::FOLDERS_PANE_CREATED);
+}
+
+bool CFoldersPane::selectFolder(const QString& path) {
+    const QFileInfo info(path);
+    if (!info.isDir())
+        return false;
+    const QModelIndex index = m_model->index(info.absoluteFilePath());
+    if (!index.isValid())
+        return false;
+    for (QModelIndex p = index.parent(); p.isValid(); p = p.parent())
+        m_tree->expand(p);
+    m_tree->setCurrentIndex(index);
+    m_tree->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    // Choosing the folder that is already current still shows it (the start-up step).
+    if (m_shown != info.absoluteFilePath())
+        currentChanged();
+    return true;
+}
+
+QString CFoldersPane::selectedFolder() const {
+    return m_shown;
+}
+
+void CFoldersPane::customEvent(QEvent* event) {
+    PostedMessage* m = PostedMessage::from(event);
+    if (m && m->message() == msg::FOLDERS_PANE_CREATED) {
+        if (!selectFolder(m_startFolder))
+            selectFolder(QDir::currentPath());
+        return;
+    }
+    QDockWidget::customEvent(event);
+}
+
+void CFoldersPane::currentChanged() {
+    const QModelIndex index = m_tree->currentIndex();
+    if (!index.isValid())
+        return;
+    const QString path = m_model->filePath(index);
+    if (path.isEmpty() || !QFileInfo(path).isDir())
+        return;
+    m_shown = path;
+    QDir::setCurrent(path);
+    Q_EMIT folderChosen(path.endsWith(u'/') ? path : path + u'/');
+}
+
+} // namespace lanmira

@@ -1,0 +1,150 @@
+#pragma once
+
+#include "browser/StatusTexts.h"
+#include "platform/CommandTarget.h"
+#include "platform/ReceiverRegistry.h"
+
+#include <QAbstractScrollArea>
+#include <QBasicTimer>
+#include <QCache>
+#include <QImage>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace lanmira {
+
+class BrowserList;
+class BrowserSettings;
+class ThumbnailCache;
+class ThumbnailWorker;
+struct BrowserItem;
+
+// The browser's grid of thumbnails over the process-wide browser list.
+class CView1 final : public QAbstractScrollArea, public CommandTarget {
+    Q_OBJECT
+public:
+    using OpenImage = std::function<void(const QString& path, const QString& linkTarget)>;
+
+    CView1(QString company, QString app, QString programFolder, QWidget* parent = nullptr);
+    ~CView1() override; // stop browser()
+
+    // start browser(): settings, cache root, worker. False: the browser stays empty.
+    bool startBrowser();
+    // Makes `path` (a folder; a trailing '/' is added) the current folder and refreshes.
+    void openFolder(const QString& path);
+    void refresh();
+
+    StatusTexts statusTexts() const;
+    void setOpenImage(OpenImage callback) { m_openImage = std::move(callback); }
+
+    // Deletes the selection (for good when `forGood`); keeps only items whose files
+    // remain.
+    void deleteSelection(bool forGood);
+    // For the viewer: deletes one file; the removed item's former index, 0 when no item
+    // matched, -1 when the deletion failed or was declined.
+    int deleteFile(const QString& path, bool forGood);
+
+    bool onCommand(int id) override;
+    bool onUpdateCommand(int id, CommandState& state) override;
+
+    // A drag that started in this view is in progress.
+    bool dragging() const { return m_dragging; }
+    int columns() const { return m_columns; }
+
+Q_SIGNALS:
+    // The selection or the list changed: the status texts may differ.
+    void statusChanged();
+
+    // Implementation members follow (private).
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+    void customEvent(QEvent* event) override;
+
+private:
+    struct CachedImage {
+        QImage image;
+        const void* source = nullptr; // the pixels it was made from
+    };
+
+    BrowserList& list() const;
+    bool largeMode() const;
+    QPoint scrollOffset() const;
+
+    void relayout();
+    void applyLayout();
+    void updateScrollBars();
+    void updateFirstVisible();
+    // The end of every change of the list: the worker starts a new pass.
+    void endListChange(std::unique_lock<std::mutex>& lock);
+    void changeCheck();
+    void resort();
+    void sortUnderLock(bool relayoutAlways);
+    void setSortKey(int key);
+    void setSortDirection(int direction);
+    void setLargeMode(bool large);
+    void saveSettings() const;
+
+    void cellDone(int index); // worker thread
+    void flushDoneCells();
+
+    void drawCell(QPainter& painter, const BrowserItem& item, QPoint offset);
+    const QImage* thumbnailImage(const BrowserItem& item);
+    void updateCell(int index);
+    void clearSelection();
+    QRect bandRect() const;
+    void updateBandFrame(const QRect& band);
+    void dragBand(QPoint documentPoint, bool adding);
+    void startDrag();
+
+    QString m_company;
+    QString m_app;
+    QString m_programFolder;
+    OpenImage m_openImage;
+    ReceiverRegistration m_registration{this};
+    std::unique_ptr<ThumbnailCache> m_cache;
+    std::unique_ptr<ThumbnailWorker> m_worker;
+    bool m_initialised = false;
+    bool m_startFailed = false;
+    bool m_settingsLoaded = false;
+    // Set when the periodic check added or removed items: choosing the current sort key
+    // again then re-sorts.
+    bool m_forceResort = false;
+
+    int m_columns = 0;
+    int m_rows = 0;
+    bool m_inLayout = false;
+    bool m_layoutAgain = false;
+
+    QBasicTimer m_checkTimer; // timer 1
+    QBasicTimer m_cleanTimer; // timer 2
+    int m_checkPeriod = 0;
+
+    bool m_banding = false;
+    QPoint m_anchor; // document coordinates
+    QPoint m_current;
+    bool m_dragCandidate = false;
+    QPoint m_pressPos; // viewport coordinates
+    bool m_dragging = false;
+
+    // Guards m_doneCells and m_flushQueued, shared with the worker thread.
+    std::mutex m_doneLock;
+    std::vector<int> m_doneCells;
+    bool m_flushQueued = false;
+
+    // Thumbnails converted for drawing, by item; emptied whenever items may have been freed
+    // or their thumbnails dropped.
+    QCache<const BrowserItem*, CachedImage> m_images;
+};
+
+} // namespace lanmira

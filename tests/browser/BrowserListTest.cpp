@@ -1,0 +1,292 @@
+#include "browser/BrowserList.h"
+
+#include "browser/BrowserSettings.h"
+#include "browser/FormatLookup.h"
+
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QFile>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fcntl.h>
+#include <fstream>
+#include <unistd.h>
+
+using namespace lanmira;
+using namespace Qt::StringLiterals;
+
+// Readable failure output for lists of names.
+void PrintTo(const QString& text, std::ostream* os) {
+    *os << '"' << text.toStdString() << '"';
+}
+
+namespace {
+
+class Folder {
+public:
+    Folder() { EXPECT_TRUE(m_dir.isValid()); }
+
+    QString path() const { return m_dir.path() + u'/'; }
+    QByteArray raw(const QString& name) const { return QFile::encodeName(path() + name); }
+
+    void touch(const QString& name) const {
+        QFile file(path() + name);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << name.toStdString();
+    }
+    void mkdir(const QString& name) const { EXPECT_TRUE(QDir(m_dir.path()).mkpath(name)); }
+    void link(const QString& name, const QString& target) const {
+        EXPECT_EQ(::symlink(QFile::encodeName(target).constData(), raw(name).constData()), 0);
+    }
+    void remove(const QString& name) const { EXPECT_TRUE(QFile::remove(path() + name)); }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+std::vector<QString> namesOf(const BrowserList& list) {
+    std::vector<QString> names;
+    for (const auto& item : list.items())
+        names.push_back(item->path.mid(item->path.lastIndexOf(u'/') + 1));
+    return names;
+}
+
+std::vector<QString> sorted(std::vector<QString> names) {
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+const BrowserItem* find(const BrowserList& list, const QString& name) {
+    for (const auto& item : list.items())
+        if (item->path.endsWith(u'/' + name))
+            return item.get();
+    return nullptr;
+}
+
+TEST(FormatLookup, MatchesExtensionsIgnoringCase) {
+    const struct {
+        QString path;
+        std::uint32_t format;
+        int rank;
+    } cases[] = {
+        {u"/f/a.jpg"_s, 2, 2},      {u"/f/a.JPEG"_s, 2, 3},     {u"/f/a.Tif"_s, 4, 7},
+        {u"/f/a.bmp"_s, 1, 0},      {u"/f/a.txt"_s, 0, -1},     {u"/f/a.lnk"_s, 0, -1},
+        {u"/f/trailing."_s, 0, -1}, {u"/f.jpg/noext"_s, 0, -1}, {u"/f/a.jpg.gz"_s, 0, -1},
+    };
+    for (const auto& c : cases) {
+        const QStringView ext = FormatLookup::extensionOf(c.path);
+        EXPECT_EQ(ext.isNull() ? 0 : FormatLookup::formatOfExtension(ext), c.format)
+            << c.path.toStdString();
+        EXPECT_EQ(FormatLookup::typeRank(c.path), c.rank) << c.path.toStdString();
+    }
+}
+
+TEST(BrowserListScan, ListsImageFilesAndShortcutsToImagesOnly) {
+    Folder dir;
+    for (const auto* name :
+         {"a.jpg", "B.JPG", "c.Png", "notes.txt", "noext", "trailing.", "filtered.tif"})
+        dir.touch(QString::fromUtf8(name));
+    dir.mkdir(u"folder.jpg"_s);
+    dir.mkdir(u"other"_s);
+    dir.touch(u"other/pic.gif"_s);
+    ASSERT_EQ(::mkfifo(dir.raw(u"pipe.jpg"_s).constData(), 0600), 0);
+    // Not valid UTF-8: cannot be shown, must not break the scan.
+    const QByteArray badName = QFile::encodeName(dir.path()) + "bad\xff.jpg";
+    const int fd = ::open(badName.constData(), O_CREAT | O_WRONLY, 0600);
+    ASSERT_GE(fd, 0);
+    ::close(fd);
+    // The temporary folder's own clean-up cannot name it.
+    const auto unlinkBadName = qScopeGuard([&badName] { ::unlink(badName.constData()); });
+
+    dir.link(u"link-to-a"_s, u"a.jpg"_s); // a shortcut needs no extension of its own
+    dir.link(u"up.bmp"_s, u"other/../other/pic.gif"_s);
+    dir.link(u"to-folder.jpg"_s, u"folder.jpg"_s);
+    dir.link(u"to-text.jpg"_s, u"notes.txt"_s);
+    dir.link(u"dead.jpg"_s, u"missing.jpg"_s);
+    dir.link(u"loop1.jpg"_s, u"loop2.jpg"_s);
+    dir.link(u"loop2.jpg"_s, u"loop1.jpg"_s);
+
+    BrowserList list;
+    list.formatFilter[4] = 4; // TIFF: bit 0 clear
+    list.currentFolder = dir.path();
+    list.fullScan();
+
+    EXPECT_EQ(sorted(namesOf(list)), (std::vector<QString>{u"B.JPG"_s, u"a.jpg"_s, u"c.Png"_s,
+                                                           u"link-to-a"_s, u"up.bmp"_s}));
+    EXPECT_EQ(find(list, u"c.Png"_s)->format, 3u);
+    EXPECT_FALSE(find(list, u"a.jpg"_s)->isShortcut());
+    const BrowserItem* shortcut = find(list, u"link-to-a"_s);
+    EXPECT_EQ(shortcut->format, 2u);
+    EXPECT_EQ(shortcut->linkTarget, dir.path() + u"a.jpg"_s);
+    EXPECT_EQ(find(list, u"up.bmp"_s)->format, 5u) << "the target's format, not the link's";
+    EXPECT_EQ(find(list, u"up.bmp"_s)->linkTarget, dir.path() + u"other/pic.gif"_s);
+
+    list.formatFilter[4] = 5;
+    list.fullScan();
+    EXPECT_NE(find(list, u"filtered.tif"_s), nullptr);
+
+    list.currentFolder = dir.path() + u"vanished/"_s;
+    list.fullScan();
+    EXPECT_TRUE(list.items().empty());
+}
+
+TEST(BrowserListSort, EveryKeyAscendingAndItsExactReverse) {
+    struct Row {
+        const char* path;
+        std::int32_t width, height;
+        const char* target;
+    };
+    // Ties on purpose: three images of 200 pixels, two of width 10 and height 20, two
+    // unknown sizes; 50000 x 50000 wraps to a negative 32-bit pixel count.
+    const Row rows[] = {
+        {"/f/c.tif", 10, 20, ""},    {"/f/huge.gif", 50000, 50000, ""}, {"/f/b.jpg", 20, 10, ""},
+        {"/f/e", 30, 5, "/f/t.bmp"}, {"/f/A.png", 10, 20, ""},          {"/f/d.JPG", 0, 0, ""},
+        {"/f/f.xyz", 0, 0, ""},
+    };
+    const struct {
+        SortKey key;
+        std::vector<QString> ascending;
+    } cases[] = {
+        {SortKey::Name,
+         {u"A.png"_s, u"b.jpg"_s, u"c.tif"_s, u"d.JPG"_s, u"e"_s, u"f.xyz"_s, u"huge.gif"_s}},
+        {SortKey::Type,
+         {u"f.xyz"_s, u"e"_s, u"b.jpg"_s, u"d.JPG"_s, u"A.png"_s, u"c.tif"_s, u"huge.gif"_s}},
+        {SortKey::Size,
+         {u"huge.gif"_s, u"d.JPG"_s, u"f.xyz"_s, u"e"_s, u"A.png"_s, u"c.tif"_s, u"b.jpg"_s}},
+        {SortKey::Width,
+         {u"d.JPG"_s, u"f.xyz"_s, u"A.png"_s, u"c.tif"_s, u"b.jpg"_s, u"e"_s, u"huge.gif"_s}},
+        {SortKey::Height,
+         {u"d.JPG"_s, u"f.xyz"_s, u"e"_s, u"b.jpg"_s, u"A.png"_s, u"c.tif"_s, u"huge.gif"_s}},
+        {SortKey::Extension,
+         {u"e"_s, u"huge.gif"_s, u"b.jpg"_s, u"d.JPG"_s, u"A.png"_s, u"c.tif"_s, u"f.xyz"_s}},
+    };
+
+    for (const auto& c : cases) {
+        SCOPED_TRACE(static_cast<int>(c.key));
+        BrowserList list;
+        for (const Row& s : rows) {
+            auto item = std::make_unique<BrowserItem>(QString::fromUtf8(s.path), 1u,
+                                                      QString::fromUtf8(s.target));
+            item->imageWidth = s.width;
+            item->imageHeight = s.height;
+            list.items().push_back(std::move(item));
+        }
+        list.sortKey = static_cast<std::int32_t>(c.key);
+        list.sortDirection = 0;
+        EXPECT_TRUE(list.sort());
+        EXPECT_EQ(namesOf(list), c.ascending);
+        EXPECT_FALSE(list.sort()) << "a sorted list reports no change";
+
+        list.sortDirection = 1;
+        EXPECT_TRUE(list.sort());
+        std::vector<QString> descending(c.ascending.rbegin(), c.ascending.rend());
+        EXPECT_EQ(namesOf(list), descending);
+        EXPECT_FALSE(list.sort());
+    }
+}
+
+TEST(BrowserListSort, NamesDifferingOnlyInCaseStillHaveOneOrder) {
+    const BrowserItem upper(u"/f/IMG.jpg"_s, 2), lower(u"/f/img.jpg"_s, 2);
+    for (std::int32_t direction : {0, 1}) {
+        EXPECT_NE(BrowserList::before(upper, lower, 0, direction),
+                  BrowserList::before(lower, upper, 0, direction));
+    }
+}
+
+TEST(BrowserListRescan, AppendsOnlyNewNamesAtTheEnd) {
+    Folder dir;
+    dir.touch(u"b.jpg"_s);
+    dir.touch(u"c.jpg"_s);
+    BrowserList list;
+    list.currentFolder = dir.path();
+    list.fullScan();
+    list.sort();
+
+    dir.touch(u"a.jpg"_s);
+    dir.touch(u"B.jpg"_s); // a different file on Linux
+    dir.touch(u"new.txt"_s);
+    dir.remove(u"c.jpg"_s);
+    EXPECT_TRUE(list.rescanForAdditions());
+    const auto names = namesOf(list);
+    ASSERT_EQ(names.size(), 4u);
+    EXPECT_EQ((std::vector<QString>(names.begin(), names.begin() + 2)),
+              (std::vector<QString>{u"b.jpg"_s, u"c.jpg"_s}))
+        << "existing items keep their places, vanished ones stay";
+    EXPECT_EQ(sorted({names[2], names[3]}), (std::vector<QString>{u"B.jpg"_s, u"a.jpg"_s}));
+    EXPECT_FALSE(list.rescanForAdditions());
+}
+
+TEST(BrowserListSelection, SelectsAndRemovesOnlyWhatIsGone) {
+    Folder dir;
+    for (const auto* name : {"a.jpg", "b.jpg", "c.jpg", "d.jpg"})
+        dir.touch(QString::fromUtf8(name));
+    dir.link(u"s.jpg"_s, u"d.jpg"_s);
+    BrowserList list;
+    list.currentFolder = dir.path();
+    list.fullScan();
+    list.sortKey = 0;
+    list.sort();
+    ASSERT_EQ(namesOf(list).size(), 5u);
+
+    list.selectAll();
+    list.items()[2]->setSelected(false); // c.jpg
+    EXPECT_EQ(list.selectedCount(), 4);
+    list.invertSelection();
+    EXPECT_EQ(list.selectedPaths(), std::vector<QString>{dir.path() + u"c.jpg"_s});
+    list.invertSelection();
+
+    dir.remove(u"a.jpg"_s);
+    dir.remove(u"c.jpg"_s); // gone but not selected: stays
+    dir.remove(u"d.jpg"_s); // the shortcut to it remains a file of its own
+    EXPECT_TRUE(list.removeSelectedGone());
+    EXPECT_EQ(namesOf(list), (std::vector<QString>{u"b.jpg"_s, u"c.jpg"_s, u"s.jpg"_s}));
+    EXPECT_FALSE(list.removeSelectedGone());
+
+    EXPECT_EQ(list.removePath(dir.path() + u"C.JPG"_s), -1) << "paths match exactly";
+    EXPECT_EQ(list.removePath(dir.path() + u"c.jpg"_s), 1);
+    EXPECT_EQ(namesOf(list), (std::vector<QString>{u"b.jpg"_s, u"s.jpg"_s}));
+}
+
+TEST(BrowserSettings, RoundTripsAndIgnoresBadValues) {
+    QTemporaryDir home;
+    const std::filesystem::path root = home.path().toStdString();
+    BrowserList defaults;
+    BrowserSettings settings(u"Acme"_s, u"Scope"_s, root);
+    settings.load(defaults);
+    EXPECT_EQ(defaults.sortKey, 0);
+    EXPECT_EQ(defaults.sortDirection, 0);
+    EXPECT_EQ(defaults.largeMode, 1);
+    EXPECT_EQ(defaults.formatFilter[15], 5u);
+
+    BrowserList saved;
+    saved.sortKey = 4;
+    saved.sortDirection = 1;
+    saved.largeMode = 0;
+    saved.formatFilter[2] = 0xFFFFFFFEu;
+    saved.formatFilter[7] = 6;
+    settings.save(saved);
+    EXPECT_TRUE(std::filesystem::exists(root / "Vornalt/Lanmira/Shell.conf"));
+    EXPECT_TRUE(std::filesystem::exists(root / "Acme/Scope/ibrowser.conf"));
+    BrowserList loaded;
+    settings.load(loaded);
+    EXPECT_EQ(loaded.sortKey, 4);
+    EXPECT_EQ(loaded.sortDirection, 1);
+    EXPECT_EQ(loaded.largeMode, 0);
+    EXPECT_EQ(loaded.formatFilter, saved.formatFilter);
+
+    std::ofstream(root / "Acme/Scope/ibrowser.conf") << "sortby=6\nsortmode=-1\nbLargemode=yes\n";
+    std::ofstream(root / "Vornalt/Lanmira/Shell.conf") << "if00=junk\nif01=0\n";
+    settings.load(loaded);
+    EXPECT_EQ(loaded.sortKey, 0);
+    EXPECT_EQ(loaded.sortDirection, 0);
+    EXPECT_EQ(loaded.largeMode, 1);
+    EXPECT_EQ(loaded.formatFilter[0], 5u);
+    EXPECT_EQ(loaded.formatFilter[1], 0u);
+    EXPECT_EQ(loaded.formatFilter[2], 5u);
+}
+
+} // namespace
