@@ -3,7 +3,9 @@
 #include "browser/BrowserList.h"
 #include "browser/CacheEligibility.h"
 #include "browser/FormatLookup.h"
+#include "imagelib/core/WriteAll.h"
 #include "platform/XdgPaths.h"
+#include "settings/UniqueFd.h"
 
 #include <openssl/evp.h>
 #include <sys/stat.h>
@@ -63,34 +65,10 @@ QString pathField(const std::uint8_t* p) {
     return s;
 }
 
-struct Fd {
-    int fd = -1;
-    explicit Fd(int f) : fd(f) {}
-    Fd(const Fd&) = delete;
-    Fd& operator=(const Fd&) = delete;
-    ~Fd() {
-        if (fd >= 0)
-            ::close(fd);
-    }
-};
-
 bool readAll(int fd, std::uint8_t* out, std::size_t size) {
     std::size_t done = 0;
     while (done < size) {
         const ssize_t n = ::read(fd, out + done, size - done);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
-}
-
-bool writeAll(int fd, const std::uint8_t* data, std::size_t size) {
-    std::size_t done = 0;
-    while (done < size) {
-        const ssize_t n = ::write(fd, data + done, size - done);
         if (n < 0 && errno == EINTR)
             continue;
         if (n <= 0)
@@ -261,13 +239,14 @@ bool ThumbnailCache::read(BrowserItem& item) const {
     if (name.isEmpty())
         return false;
     const QByteArray nativeName = QFile::encodeName(name);
-    const Fd file(::open(nativeName.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-    if (file.fd < 0)
+    const settings::UniqueFd file(
+        ::open(nativeName.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (!file)
         return false;
 
     const bool accepted = [&] {
         struct stat st {};
-        if (::fstat(file.fd, &st) != 0 || !S_ISREG(st.st_mode))
+        if (::fstat(file.get(), &st) != 0 || !S_ISREG(st.st_mode))
             return false;
         // Strictly newer: an image saved in the same instant as its cache may have changed
         // after the thumbnails were made.
@@ -276,7 +255,7 @@ bool ThumbnailCache::read(BrowserItem& item) const {
         if (st.st_size < 0 || static_cast<std::uint64_t>(st.st_size) > kMaxFileBytes)
             return false;
         std::vector<std::uint8_t> bytes(static_cast<std::size_t>(st.st_size));
-        if (!readAll(file.fd, bytes.data(), bytes.size()))
+        if (!readAll(file.get(), bytes.data(), bytes.size()))
             return false;
         return decode(bytes.data(), bytes.size(), imagePath, item);
     }();
@@ -311,10 +290,10 @@ void ThumbnailCache::write(const BrowserItem& item) const {
     }
     if (fd < 0)
         return;
-    const Fd file(fd);
+    const settings::UniqueFd file(fd);
     // The rename makes the file appear whole or not at all; a half-written cache file
     // would otherwise be read after a crash.
-    if (!writeAll(file.fd, bytes.data(), bytes.size()) ||
+    if (!imagelib::writeAll(file.get(), bytes.data(), bytes.size()) ||
         ::rename(tempName.constData(), QFile::encodeName(name).constData()) != 0)
         ::unlink(tempName.constData());
 }
@@ -388,9 +367,10 @@ void ThumbnailCache::clean(int pick) const {
             continue;
         }
         bool keep = false;
-        const Fd file(::openat(dirFd, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        const settings::UniqueFd file(
+            ::openat(dirFd, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         std::uint8_t field[kPathBytes];
-        if (file.fd >= 0 && S_ISREG(st.st_mode) && readAll(file.fd, field, kPathBytes)) {
+        if (file && S_ISREG(st.st_mode) && readAll(file.get(), field, kPathBytes)) {
             const QString stored = pathField(field);
             // A path that is not eligible is never read back, and testing it could hang on a
             // dead network mount.
