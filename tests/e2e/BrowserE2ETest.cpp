@@ -6,6 +6,7 @@
 #include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QTemporaryDir>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -102,6 +103,10 @@ bool answerYes(LanmiraRun& run) {
 class BrowserE2E : public testing::Test {
 protected:
     void SetUp() override {
+        // Pictures are cached only on local fixed disks, and /tmp may be a RAM file system:
+        // the pictures, and the trash beside them, live in the build tree.
+        ASSERT_TRUE(m_disk.isValid());
+        run.setEnv(QStringLiteral("XDG_DATA_HOME"), m_disk.path() + QStringLiteral("/data"));
         ASSERT_TRUE(QDir().mkpath(folder()));
         for (int i = 0; i < kImages; ++i)
             writeBmp(folder() + QStringLiteral("/img%1.bmp").arg(i), 40 + 30 * i, 30 + 10 * i,
@@ -111,10 +116,11 @@ protected:
         QFile(folder() + QStringLiteral("/notes.txt")).open(QIODevice::WriteOnly);
         QFile(folder() + QStringLiteral("/empty.jpg")).open(QIODevice::WriteOnly);
     }
-    QString folder() const { return run.scratch() + QStringLiteral("/pictures"); }
+    QString folder() const { return m_disk.path() + QStringLiteral("/pictures"); }
     QString cache() const { return run.scratch() + QStringLiteral("/cache/Vornalt/cache"); }
 
     static constexpr int kImages = 6;
+    QTemporaryDir m_disk{QStringLiteral(LANMIRA_BUILD_DIR "/e2e-browser-XXXXXX")};
     LanmiraRun run;
 };
 
@@ -149,7 +155,7 @@ TEST_F(BrowserE2E, DeleteMovesToTheTrashAndShiftDeleteDeletesForGood) {
     // Everything to the trash: the six pictures and the empty one.
     keysToGrid(window, {QStringLiteral("ctrl+a"), QStringLiteral("Delete")});
     ASSERT_TRUE(answerYes(run)) << run.diagnose();
-    const QString trash = run.scratch() + QStringLiteral("/data/Trash/files");
+    const QString trash = m_disk.path() + QStringLiteral("/data/Trash/files");
     EXPECT_TRUE(waitFor([&] { return filesUnder(trash) == kImages + 1; }, 10000))
         << filesUnder(trash);
     EXPECT_FALSE(QFile::exists(folder() + QStringLiteral("/img0.bmp")));
