@@ -1,6 +1,7 @@
 // Image library costs measured beside the work they cannot avoid: a 4000 x 3000 photo-like
 // JPEG decoded by libjpeg-turbo itself (into a reused buffer, a fresh one, and at 1/8
 // scale) and by ImageLib_Open / ImageLib_OpenScaled from a file.
+#include "BenchJpeg.h"
 #include "imagelib/imagelib.h"
 
 #include <benchmark/benchmark.h>
@@ -10,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <jpeglib.h>
 #include <string>
 #include <unistd.h>
@@ -68,31 +68,8 @@ const Photo& photo() {
         std::filesystem::create_directories(made.dir);
         made.path = (made.dir / "photo.jpg").string();
         const std::vector<unsigned char> bgr = makeScene();
-        jpeg_compress_struct c;
-        jpeg_error_mgr err;
-        c.err = jpeg_std_error(&err);
-        jpeg_create_compress(&c);
-        unsigned char* out = nullptr;
-        unsigned long size = 0;
-        jpeg_mem_dest(&c, &out, &size);
-        c.image_width = kWidth;
-        c.image_height = kHeight;
-        c.input_components = 3;
-        c.in_color_space = JCS_EXT_BGR;
-        jpeg_set_defaults(&c);
-        jpeg_set_quality(&c, 90, TRUE);
-        jpeg_start_compress(&c, TRUE);
-        while (c.next_scanline < c.image_height) {
-            auto* row = const_cast<unsigned char*>(&bgr[c.next_scanline * kWidth * 3]);
-            jpeg_write_scanlines(&c, &row, 1);
-        }
-        jpeg_finish_compress(&c);
-        jpeg_destroy_compress(&c);
-        made.bytes.assign(out, out + size);
-        std::free(out);
-        std::ofstream(made.path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(made.bytes.data()),
-                   static_cast<std::streamsize>(made.bytes.size()));
+        made.bytes = bench::encodeJpeg(bgr.data(), kWidth, kHeight, JCS_EXT_BGR);
+        bench::writeFile(made.path, made.bytes);
         return made;
     }();
     return p;

@@ -7,6 +7,7 @@
 //              child processes per file (wall time in the "wall_ms" counter).
 // The same for progressive JPEG, PNG and 16-bit TIFF. The pictures are made once and kept in
 // the temp folder between runs.
+#include "BenchJpeg.h"
 #include "browser/BrowserItem.h"
 #include "browser/CacheEligibility.h"
 #include "browser/ThumbnailCache.h"
@@ -82,30 +83,8 @@ std::vector<unsigned char> makeScene(int variant) {
 }
 
 void writeJpeg(const std::string& path, const std::vector<unsigned char>& bgr, bool progressive) {
-    FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f)
-        return;
-    jpeg_compress_struct c;
-    jpeg_error_mgr err;
-    c.err = jpeg_std_error(&err);
-    jpeg_create_compress(&c);
-    jpeg_stdio_dest(&c, f);
-    c.image_width = kWidth;
-    c.image_height = kHeight;
-    c.input_components = 3;
-    c.in_color_space = JCS_EXT_BGR;
-    jpeg_set_defaults(&c);
-    jpeg_set_quality(&c, 90, TRUE);
-    if (progressive)
-        jpeg_simple_progression(&c);
-    jpeg_start_compress(&c, TRUE);
-    while (c.next_scanline < c.image_height) {
-        auto* row = const_cast<unsigned char*>(&bgr[std::size_t{c.next_scanline} * kWidth * 3]);
-        jpeg_write_scanlines(&c, &row, 1);
-    }
-    jpeg_finish_compress(&c);
-    jpeg_destroy_compress(&c);
-    std::fclose(f);
+    bench::writeFile(path,
+                     bench::encodeJpeg(bgr.data(), kWidth, kHeight, JCS_EXT_BGR, progressive));
 }
 
 void writePpm(const std::string& path, const std::vector<unsigned char>& bgr) {

@@ -8,6 +8,7 @@
 //                   view (layout_ms: the grid alone), then painting the first screen and
 //                   the last one.
 // The pictures and the big folder are made once and kept in the temp folder between runs.
+#include "BenchJpeg.h"
 #include "browser/BrowserList.h"
 #include "browser/CView1.h"
 #include "browser/GridLayout.h"
@@ -63,28 +64,8 @@ bool writeJpeg(const fs::path& path) {
         const std::size_t y = i / 3 / kJpegWidth;
         rgb[i] = static_cast<unsigned char>(((x / 7) ^ (y / 5)) * 3 + (seed >> 28));
     }
-    std::FILE* out = std::fopen(path.c_str(), "wb");
-    if (!out)
-        return false;
-    jpeg_compress_struct c{};
-    jpeg_error_mgr err{};
-    c.err = jpeg_std_error(&err);
-    jpeg_create_compress(&c);
-    jpeg_stdio_dest(&c, out);
-    c.image_width = kJpegWidth;
-    c.image_height = kJpegHeight;
-    c.input_components = 3;
-    c.in_color_space = JCS_RGB;
-    jpeg_set_defaults(&c);
-    jpeg_set_quality(&c, 90, TRUE);
-    jpeg_start_compress(&c, TRUE);
-    while (c.next_scanline < c.image_height) {
-        JSAMPROW row = &rgb[static_cast<std::size_t>(c.next_scanline) * kJpegWidth * 3];
-        jpeg_write_scanlines(&c, &row, 1);
-    }
-    jpeg_finish_compress(&c);
-    jpeg_destroy_compress(&c);
-    return std::fclose(out) == 0;
+    return bench::writeFile(path.string(),
+                            bench::encodeJpeg(rgb.data(), kJpegWidth, kJpegHeight, JCS_RGB));
 }
 
 // 200 copies of one camera-sized JPEG: every decode costs the same.

@@ -69,26 +69,27 @@ FileDeleter::Outcome outcomeOf(gboolean ok, GError* rawError, QString* error) {
     return FileDeleter::Outcome::Failed;
 }
 
-} // namespace
+using GioRemove = gboolean (*)(GFile*, GCancellable*, GError**);
 
-FileDeleter::Outcome FileDeleter::moveToTrash(const QString& path, QString* error) {
+// Runs one GIO removal on a file path; folders are refused.
+FileDeleter::Outcome removeFile(const QString& path, QString* error, GioRemove remove) {
     const QByteArray encoded = QFile::encodeName(path);
     if (isFolder(encoded, error))
-        return Outcome::Failed;
+        return FileDeleter::Outcome::Failed;
     const FilePtr file(g_file_new_for_path(encoded.constData()));
     GError* failure = nullptr;
-    const gboolean ok = g_file_trash(file.get(), nullptr, &failure);
+    const gboolean ok = remove(file.get(), nullptr, &failure);
     return outcomeOf(ok, failure, error);
 }
 
+} // namespace
+
+FileDeleter::Outcome FileDeleter::moveToTrash(const QString& path, QString* error) {
+    return removeFile(path, error, &g_file_trash);
+}
+
 FileDeleter::Outcome FileDeleter::deleteForGood(const QString& path, QString* error) {
-    const QByteArray encoded = QFile::encodeName(path);
-    if (isFolder(encoded, error))
-        return Outcome::Failed;
-    const FilePtr file(g_file_new_for_path(encoded.constData()));
-    GError* failure = nullptr;
-    const gboolean ok = g_file_delete(file.get(), nullptr, &failure);
-    const Outcome outcome = outcomeOf(ok, failure, error);
+    const Outcome outcome = removeFile(path, error, &g_file_delete);
     // Deleting never lacks a trash; "not supported" here is a plain failure.
     return outcome == Outcome::NoTrash ? Outcome::Failed : outcome;
 }
