@@ -1,5 +1,6 @@
 // One decoder, built once per codec (LANMIRA_FUZZ_CODEC names its accessor). The first
-// input byte chooses the page and whether a reduced thumbnail decode is asked for.
+// input byte chooses the page, whether a reduced thumbnail decode is asked for and its box:
+// the browser's 96, or 1 to 31 so that small inputs reach the reducing paths too.
 #include "imagelib/bmp/BmpCodec.h"
 #include "imagelib/gif/GifCodec.h"
 #include "imagelib/jpeg/JpegCodec.h"
@@ -17,8 +18,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     imagelib::DecodeRequest request;
     request.page = data[0] & 0x03;
     if (data[0] & 0x04) {
-        request.boxWidth = 96;
-        request.boxHeight = 96;
+        const int box = data[0] >> 3;
+        request.boxWidth = box ? box : 96;
+        request.boxHeight = request.boxWidth;
     }
     const imagelib::Codec& codec = imagelib::LANMIRA_FUZZ_CODEC();
     imagelib::DecodeResult r = codec.decode({data + 1, size - 1}, request);

@@ -46,7 +46,7 @@ DecodeResult TiffCodec::decode(std::span<const std::uint8_t> bytes,
         r.error = kDamaged;
         return r;
     }
-    readTiffPage(tif.get(), bytes.size(), r);
+    readTiffPage(tif.get(), bytes.size(), request, r);
     return r;
 }
 

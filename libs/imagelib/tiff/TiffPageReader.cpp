@@ -1,5 +1,7 @@
 #include "imagelib/tiff/TiffPageReader.h"
 
+#include "imagelib/tiff/TiffShrinkReader.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -266,14 +268,23 @@ void fillPalette(TIFF* tif, const Plan& p, DibBuffer& dib) {
 }
 
 // Strips and tiles alike are blocks; a picture in separate planes has one per channel.
-bool readBlocks(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit, DibBuffer& dib,
-                std::string& error) {
-    const bool tiled = TIFFIsTiled(tif) != 0;
-    std::uint32_t bw = l.width;
-    std::uint32_t bh = l.height;
-    if (tiled) {
-        if (!TIFFGetField(tif, TIFFTAG_TILEWIDTH, &bw) ||
-            !TIFFGetField(tif, TIFFTAG_TILELENGTH, &bh) || bw == 0 || bh == 0) {
+struct Blocks {
+    bool tiled = false;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    tmsize_t bytes = 0;
+    tmsize_t rowBytes = 0;
+    int planes = 1;
+};
+
+bool measureBlocks(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit, Blocks& b,
+                   std::string& error) {
+    b.tiled = TIFFIsTiled(tif) != 0;
+    b.width = l.width;
+    b.height = l.height;
+    if (b.tiled) {
+        if (!TIFFGetField(tif, TIFFTAG_TILEWIDTH, &b.width) ||
+            !TIFFGetField(tif, TIFFTAG_TILELENGTH, &b.height) || b.width == 0 || b.height == 0) {
             error = kDamaged;
             return false;
         }
@@ -281,57 +292,114 @@ bool readBlocks(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit, 
         std::uint32_t rows = 0;
         TIFFGetFieldDefaulted(tif, TIFFTAG_ROWSPERSTRIP, &rows);
         if (rows > 0 && rows < l.height)
-            bh = rows;
+            b.height = rows;
     }
-    const tmsize_t blockBytes = tiled ? TIFFTileSize(tif) : TIFFStripSize(tif);
-    const tmsize_t rowBytes = tiled ? TIFFTileRowSize(tif) : TIFFScanlineSize(tif);
-    if (blockBytes <= 0 || rowBytes <= 0 ||
-        static_cast<std::uint64_t>(rowBytes) * bh > static_cast<std::uint64_t>(blockBytes)) {
+    b.bytes = b.tiled ? TIFFTileSize(tif) : TIFFStripSize(tif);
+    b.rowBytes = b.tiled ? TIFFTileRowSize(tif) : TIFFScanlineSize(tif);
+    if (b.bytes <= 0 || b.rowBytes <= 0 ||
+        static_cast<std::uint64_t>(b.rowBytes) * b.height > static_cast<std::uint64_t>(b.bytes)) {
         error = kDamaged;
         return false;
     }
-    const bool separate = l.separate();
-    const int planes = separate ? p.channelCount : 1;
-    const std::uint64_t total = static_cast<std::uint64_t>(blockBytes) * planes;
+    b.planes = l.separate() ? p.channelCount : 1;
+    const std::uint64_t total = static_cast<std::uint64_t>(b.bytes) * b.planes;
     if (total > kMaxBlockBytes || total > limit) {
         error = kBomb;
         return false;
     }
+    return true;
+}
+
+// Decodes the blocks in order and hands each to block(y0, rows, x0, cols, firstRow, rowBytes),
+// its later rows lying rowBytes apart; bandDone(y) follows every row of blocks, y being the
+// first picture row below it.
+template <typename Block, typename BandDone>
+bool walkBlocks(TIFF* tif, const Layout& l, const Plan& p, const Blocks& b, std::string& error,
+                Block block, BandDone bandDone) {
+    const std::size_t total = static_cast<std::size_t>(b.bytes) * b.planes;
     const std::unique_ptr<std::uint8_t[]> buf(new (std::nothrow) std::uint8_t[total]);
     if (!buf) {
         error = kNoMemory;
         return false;
     }
-    for (std::uint32_t y0 = 0; y0 < l.height; y0 += bh) {
-        const std::uint32_t rows = std::min(bh, l.height - y0);
-        for (std::uint32_t x0 = 0; x0 < l.width; x0 += bw) {
-            for (int i = 0; i < planes; ++i) {
+    const bool separate = l.separate();
+    SampleRow first;
+    for (int c = 0; c < p.channelCount; ++c) {
+        first.base[c] = buf.get() + (separate ? static_cast<std::size_t>(b.bytes) * c : 0);
+        first.offset[c] = separate ? 0 : static_cast<std::size_t>(p.channels[c]);
+    }
+    first.step = separate ? 1 : l.spp;
+    for (std::uint32_t y0 = 0; y0 < l.height; y0 += b.height) {
+        const std::uint32_t rows = std::min(b.height, l.height - y0);
+        for (std::uint32_t x0 = 0; x0 < l.width; x0 += b.width) {
+            for (int i = 0; i < b.planes; ++i) {
                 const auto sample = static_cast<std::uint16_t>(separate ? p.channels[i] : 0);
-                std::uint8_t* dst = buf.get() + static_cast<std::size_t>(blockBytes) * i;
+                std::uint8_t* dst = buf.get() + static_cast<std::size_t>(b.bytes) * i;
                 const tmsize_t got =
-                    tiled ? TIFFReadEncodedTile(tif, TIFFComputeTile(tif, x0, y0, 0, sample), dst,
-                                                blockBytes)
-                          : TIFFReadEncodedStrip(tif, TIFFComputeStrip(tif, y0, sample), dst,
-                                                 blockBytes);
-                if (got < static_cast<tmsize_t>(rows) * rowBytes) {
+                    b.tiled ? TIFFReadEncodedTile(tif, TIFFComputeTile(tif, x0, y0, 0, sample), dst,
+                                                  b.bytes)
+                            : TIFFReadEncodedStrip(tif, TIFFComputeStrip(tif, y0, sample), dst,
+                                                   b.bytes);
+                if (got < static_cast<tmsize_t>(rows) * b.rowBytes) {
                     error = kDamaged;
                     return false;
                 }
             }
-            const std::size_t cols = std::min(bw, l.width - x0);
-            for (std::uint32_t r = 0; r < rows; ++r) {
-                SampleRow s;
-                const std::size_t rowAt = static_cast<std::size_t>(r) * rowBytes;
-                for (int c = 0; c < p.channelCount; ++c) {
-                    s.base[c] = buf.get() + rowAt +
-                                (separate ? static_cast<std::size_t>(blockBytes) * c : 0);
-                    s.offset[c] = separate ? 0 : static_cast<std::size_t>(p.channels[c]);
-                }
-                s.step = separate ? 1 : l.spp;
-                putRow(p, l.bps, s, x0, cols, dib.topRow(static_cast<int>(y0 + r)));
-            }
+            block(y0, rows, x0, std::min(b.width, l.width - x0), first,
+                  static_cast<std::size_t>(b.rowBytes));
         }
+        bandDone(y0 + rows);
     }
+    return true;
+}
+
+bool readBlocks(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit, DibBuffer& dib,
+                std::string& error) {
+    Blocks b;
+    if (!measureBlocks(tif, l, p, limit, b, error))
+        return false;
+    const auto block = [&](std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
+                           std::uint32_t cols, const SampleRow& first, std::size_t rowBytes) {
+        SampleRow s = first;
+        for (std::uint32_t r = 0; r < rows; ++r) {
+            putRow(p, l.bps, s, x0, cols, dib.topRow(static_cast<int>(y0 + r)));
+            for (int c = 0; c < p.channelCount; ++c)
+                s.base[c] += rowBytes;
+        }
+    };
+    return walkBlocks(tif, l, p, b, error, block, [](std::uint32_t) {});
+}
+
+// Whether a thumbnail may be averaged straight from the samples: grey or RGB without alpha in
+// whole bytes, the kinds whose full decode is plain grey or 24-bit colour.
+bool shrinkable(const Layout& l, const Plan& p) {
+    return (p.kind == Kind::Rgb || p.kind == Kind::Grey) && !p.hasAlpha &&
+           (l.bps == 8 || l.bps == 16);
+}
+
+bool readShrunk(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit,
+                std::uint32_t factor, DibBuffer& dib, std::string& error) {
+    // A picture too large to open whole gets no thumbnail either.
+    Blocks b;
+    if (!DibBuffer::sizeAcceptable(l.width, l.height, p.outBits, error) ||
+        !measureBlocks(tif, l, p, limit, b, error))
+        return false;
+    TiffShrinkReader shrink;
+    if (!shrink.start({l.width, l.height, factor, p.channelCount, l.bps, p.invert, b.height,
+                       std::min(b.width, l.width), l.separate() ? 1u : std::uint32_t{l.spp}},
+                      error))
+        return false;
+    const std::size_t sampleBytes = l.bps / 8;
+    const auto block = [&](std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
+                           std::uint32_t cols, const SampleRow& first, std::size_t rowBytes) {
+        const std::uint8_t* channel[4];
+        for (int c = 0; c < p.channelCount; ++c)
+            channel[c] = first.base[c] + first.offset[c] * sampleBytes;
+        shrink.addBlock(y0, rows, x0, cols, channel, rowBytes, first.step);
+    };
+    if (!walkBlocks(tif, l, p, b, error, block, [&](std::uint32_t y) { shrink.rowsDone(y); }))
+        return false;
+    dib = std::move(shrink.dib());
     return true;
 }
 
@@ -441,7 +509,8 @@ std::int32_t pixelsPerMetre(TIFF* tif, ttag_t tag) {
 
 } // namespace
 
-void readTiffPage(TIFF* tif, std::size_t fileSize, DecodeResult& result) {
+void readTiffPage(TIFF* tif, std::size_t fileSize, const DecodeRequest& request,
+                  DecodeResult& result) {
     Layout l;
     if (!TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &l.width) ||
         !TIFFGetField(tif, TIFFTAG_IMAGELENGTH, &l.height) ||
@@ -474,9 +543,20 @@ void readTiffPage(TIFF* tif, std::size_t fileSize, DecodeResult& result) {
     }
 
     const Plan plan = choosePlan(tif, l);
+    const std::uint32_t factor =
+        shrinkable(l, plan)
+            ? TiffShrinkReader::factorFor(l.width, l.height, request.boxWidth, request.boxHeight)
+            : 1;
     if (plan.kind == Kind::Fallback) {
         if (!readRgba(tif, l, result))
             return;
+    } else if (factor > 1) {
+        if (!readShrunk(tif, l, plan, limit, factor, result.dib, result.error)) {
+            result.dib = {};
+            return;
+        }
+        if (plan.colours)
+            fillPalette(tif, plan, result.dib);
     } else {
         result.dib = DibBuffer::create(l.width, l.height, plan.outBits, plan.colours, result.error);
         if (!result.dib)
@@ -491,8 +571,8 @@ void readTiffPage(TIFF* tif, std::size_t fileSize, DecodeResult& result) {
     clearPadding(result.dib);
     result.dib.header().xPelsPerMeter = pixelsPerMetre(tif, TIFFTAG_XRESOLUTION);
     result.dib.header().yPelsPerMeter = pixelsPerMetre(tif, TIFFTAG_YRESOLUTION);
-    result.fullWidth = result.dib.width();
-    result.fullHeight = result.dib.height();
+    result.fullWidth = static_cast<int>(l.width);
+    result.fullHeight = static_cast<int>(l.height);
     result.fullBitCount = result.dib.bitCount();
 }
 

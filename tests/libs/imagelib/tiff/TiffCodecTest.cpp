@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -13,6 +14,9 @@
 using namespace imagelib;
 
 namespace {
+
+constexpr int kW = 21; // odd and wider than one 16-pixel tile
+constexpr int kH = 18;
 
 enum Kind { Grey, White, Palette, Rgb, Cmyk, YCbCrJpeg };
 enum Flag { kSeparate = 1, kTiled = 2, kEightBitMap = 4, kAlpha = 8, kPremultiplied = 16 };
@@ -24,6 +28,8 @@ struct Layout {
     int spp;
     std::uint16_t compression = COMPRESSION_NONE;
     int flags = 0;
+    int width = kW;
+    int height = kH;
 
     bool has(Flag f) const { return flags & f; }
     std::uint16_t extra() const {
@@ -32,9 +38,6 @@ struct Layout {
                                      : EXTRASAMPLE_UNSPECIFIED;
     }
 };
-
-constexpr int kW = 21; // odd and wider than one 16-pixel tile
-constexpr int kH = 18;
 
 unsigned levels(int bps) {
     return bps == 16 ? 65536u : 1u << bps;
@@ -109,8 +112,8 @@ void setTags(TIFF* tif, const Layout& s) {
     const std::uint16_t photometric[] = {PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_MINISWHITE,
                                          PHOTOMETRIC_PALETTE,    PHOTOMETRIC_RGB,
                                          PHOTOMETRIC_SEPARATED,  PHOTOMETRIC_YCBCR};
-    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, kW);
-    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, kH);
+    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, s.width);
+    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, s.height);
     TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, s.bps);
     TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, s.spp);
     TIFFSetField(tif, TIFFTAG_COMPRESSION, s.compression);
@@ -146,15 +149,15 @@ Bytes makeTiff(const Layout& s) {
     setTags(tif, s);
     const int planes = s.has(kSeparate) ? s.spp : 1;
     const int perPixel = s.has(kSeparate) ? 1 : s.spp;
-    const int bw = s.has(kTiled) ? 16 : kW;
+    const int bw = s.has(kTiled) ? 16 : s.width;
     const int bh = s.has(kTiled) ? 16 : 1;
     const std::size_t rowBytes = (static_cast<std::size_t>(bw) * perPixel * s.bps + 7) / 8;
     for (int p = 0; p < planes; ++p)
-        for (int y0 = 0; y0 < kH; y0 += bh)
-            for (int x0 = 0; x0 < kW; x0 += bw) {
+        for (int y0 = 0; y0 < s.height; y0 += bh)
+            for (int x0 = 0; x0 < s.width; x0 += bw) {
                 Bytes block(rowBytes * bh, 0);
-                for (int y = y0; y < std::min(kH, y0 + bh); ++y)
-                    for (int x = x0; x < std::min(kW, x0 + bw); ++x)
+                for (int y = y0; y < std::min(s.height, y0 + bh); ++y)
+                    for (int x = x0; x < std::min(s.width, x0 + bw); ++x)
                         for (int c = 0; c < perPixel; ++c)
                             packSample(&block[(y - y0) * rowBytes],
                                        static_cast<std::size_t>((x - x0) * perPixel + c), s.bps,
@@ -204,6 +207,16 @@ void halveElement(Bytes& b, std::uint16_t tag, std::uint32_t i) {
         writeLe16(at, static_cast<std::uint16_t>(readLe16(at) / 2));
     else
         writeLe32(at, readLe32(at) / 2);
+}
+
+// A thumbnail decode for a box x box thumbnail, through a file as the browser asks for one.
+DecodedPicture openScaled(const Bytes& bytes, int box, ImageLibFullInfo& full) {
+    const ScratchDir dir;
+    const std::string path = dir.file("thumb.tif");
+    writeFile(path, bytes);
+    DecodedPicture d;
+    d.dib.reset(ImageLib_OpenScaled(path.c_str(), &d.params, box, box, &full));
+    return d;
 }
 
 } // namespace
@@ -392,4 +405,98 @@ TEST(TiffCodec, DamagedFilesGiveASentence) {
     const DecodedPicture d = openMemory(looped);
     ASSERT_TRUE(d.dib) << d.error();
     EXPECT_EQ(d.params.pageCount, 1);
+}
+
+// Thumbnails of grey and RGB pictures are averaged straight from the samples: factors that do
+// not divide the size, strip heights or tile sizes, and both ways of storing the channels.
+TEST(TiffCodec, ThumbnailDecodeAveragesEachBlockOfSamples) {
+    struct Row {
+        const char* name;
+        Layout layout;
+        int box;
+        int factor; // the largest whose result still covers twice the box
+    };
+    const std::vector<Row> rows = {
+        {"16-bit RGB strips", {Rgb, 16, 3, COMPRESSION_NONE, 0, 1001, 767}, 96, 4},
+        {"16-bit RGB planes in tiles",
+         {Rgb, 16, 3, COMPRESSION_NONE, kSeparate | kTiled, 1001, 767},
+         120,
+         3},
+        {"8-bit RGB tiles", {Rgb, 8, 3, COMPRESSION_LZW, kTiled, 1001, 767}, 120, 3},
+        {"8-bit RGB planes", {Rgb, 8, 3, COMPRESSION_NONE, kSeparate, 1001, 767}, 96, 4},
+        {"16-bit grey", {Grey, 16, 1, COMPRESSION_PACKBITS, 0, 700, 1301}, 96, 3},
+        {"8-bit min-is-white tiles", {White, 8, 1, COMPRESSION_NONE, kTiled, 389, 397}, 30, 6},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.name);
+        const Layout& s = r.layout;
+        ImageLibFullInfo full{};
+        const DecodedPicture d = openScaled(makeTiff(s), r.box, full);
+        ASSERT_TRUE(d.dib) << d.error();
+        const int colours = s.kind == Rgb ? 3 : 1;
+        EXPECT_EQ(full.width, s.width);
+        EXPECT_EQ(full.height, s.height);
+        EXPECT_EQ(full.bitCount, colours == 3 ? 24 : 8);
+        EXPECT_EQ(d.header().bitCount, colours == 3 ? 24 : 8);
+        const int k = r.factor;
+        ASSERT_EQ(d.header().width, (s.width + k - 1) / k);
+        ASSERT_EQ(d.header().height, (s.height + k - 1) / k);
+        EXPECT_GE(std::min(d.header().width, d.header().height), 2 * r.box);
+        EXPECT_LT(std::min((s.width + k) / (k + 1), (s.height + k) / (k + 1)), 2 * r.box);
+        EXPECT_EQ(d.header().xPelsPerMeter, 11811);
+
+        const double max = levels(s.bps) - 1;
+        for (int oy = 0; oy < d.header().height; ++oy)
+            for (int ox = 0; ox < d.header().width; ++ox) {
+                Bgra want{0, 0, 0, 255};
+                for (int c = 0; c < colours; ++c) {
+                    double sum = 0;
+                    int n = 0;
+                    for (int y = oy * k; y < std::min(s.height, oy * k + k); ++y)
+                        for (int x = ox * k; x < std::min(s.width, ox * k + k); ++x, ++n)
+                            sum += sampleValue(s, x, y, c);
+                    const double level = sum / n / max * 255;
+                    want[2 - c] =
+                        static_cast<int>(std::lround(s.kind == White ? 255 - level : level));
+                }
+                if (colours == 1)
+                    want[0] = want[1] = want[2];
+                const Bgra got = d.pixel(ox, oy);
+                for (int c = 0; c < 4; ++c)
+                    ASSERT_NEAR(got[c], want[c], 1)
+                        << "pixel " << ox << "," << oy << " channel " << c;
+            }
+    }
+}
+
+// Where averaging is no gain or would lose something, a thumbnail decode is the full decode,
+// errors included.
+TEST(TiffCodec, ThumbnailDecodeOfOtherPicturesIsTheFullDecode) {
+    Bytes cut = makeTiff({Rgb, 16, 3, COMPRESSION_NONE, 0, 400, 400});
+    halveElement(cut, TIFFTAG_STRIPBYTECOUNTS, 400 / 5 - 1);
+    const std::vector<std::pair<const char*, Bytes>> cases = {
+        {"less than twice the box", makeTiff({Rgb, 16, 3, COMPRESSION_NONE, 0, 381, 1001})},
+        {"alpha", makeTiff({Rgb, 8, 4, COMPRESSION_NONE, kAlpha, 400, 400})},
+        {"palette", makeTiff({Palette, 8, 1, COMPRESSION_LZW, 0, 400, 400})},
+        {"4-bit grey", makeTiff({Grey, 4, 1, COMPRESSION_NONE, 0, 400, 400})},
+        {"CMYK", makeTiff({Cmyk, 8, 4, COMPRESSION_NONE, 0, 400, 400})},
+        {"truncated strip", cut},
+    };
+    for (const auto& [name, bytes] : cases) {
+        SCOPED_TRACE(name);
+        const DecodedPicture whole = openMemory(bytes);
+        ImageLibFullInfo full{};
+        const DecodedPicture thumb = openScaled(bytes, 96, full);
+        EXPECT_EQ(thumb.error(), whole.error());
+        ASSERT_EQ(thumb.dib == nullptr, whole.dib == nullptr);
+        if (!whole.dib) {
+            EXPECT_EQ(whole.error(), "The TIFF file is damaged or incomplete.");
+            continue;
+        }
+        EXPECT_EQ(full.width, whole.header().width);
+        EXPECT_EQ(full.height, whole.header().height);
+        EXPECT_EQ(full.bitCount, whole.header().bitCount);
+        ASSERT_EQ(thumb.size(), whole.size());
+        EXPECT_EQ(0, std::memcmp(thumb.dib.get(), whole.dib.get(), whole.size()));
+    }
 }
