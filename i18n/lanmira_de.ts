@@ -100,6 +100,128 @@
         <translation>„%s“ konnte nicht gelöscht werden.
 %s</translation>
     </message>
+    <message>
+        <source>ids_lanmira_bpp</source>
+        <translation>%d bpp, %d Pixel/m</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_page</source>
+        <translation>Seite %d/%d</translation>
+    </message>
+    <message>
+        <source>ids_calvora_zoom</source>
+        <translation>%.0f%%</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_multipage</source>
+        <translation>Das Bild ist eine Seite einer Datei mit mehreren Seiten. Nur diese Seite wird gespeichert.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_savefilefail1</source>
+        <translation>Die Datei %s konnte nicht gespeichert werden.
+%s</translation>
+    </message>
+    <message>
+        <source>ids_calvora_savefilefail2</source>
+        <translation>Die Datei %s konnte nicht gespeichert werden.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_savefile</source>
+        <translation>Unbenannt</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_savechanges</source>
+        <translation>Änderungen an %s speichern?</translation>
+    </message>
+    <message>
+        <source>ids_calvora_savedlg_replace</source>
+        <translation>%s ist bereits vorhanden.
+Möchten Sie die Datei ersetzen?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_saveas_title</source>
+        <translation>Speichern unter</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_saveas_option</source>
+        <translation>Option</translation>
+    </message>
+    <message>
+        <source>ids_calvora_allsupported</source>
+        <translation>Alle unterstützten Bilder</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_allfiles</source>
+        <translation>Alle Dateien</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_open_title</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_open_preview</source>
+        <translation>Vorschau</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_validate_range</source>
+        <translation>Bitte geben Sie eine ganze Zahl zwischen %d und %d ein.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_browser</source>
+        <translation>Browser</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_print</source>
+        <translation>Drucken</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_copyimage</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_rotleft</source>
+        <translation>Links</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_rotright</source>
+        <translation>Rechts</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_first</source>
+        <translation>Erstes</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_prev</source>
+        <translation>Zurück</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_next</source>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_last</source>
+        <translation>Letztes</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_bestfit</source>
+        <translation>Einpassen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_actual</source>
+        <translation>100%</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_slideshow</source>
+        <translation>Diashow</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -210,6 +332,22 @@
         <source>32773</source>
         <translation>&amp;Aktualisieren	F5</translation>
     </message>
+    <message>
+        <source>32873</source>
+        <translation>&amp;Öffnen...&#9;Insert</translation>
+    </message>
+    <message>
+        <source>32906</source>
+        <translation>Als &amp;neue Datei einfügen</translation>
+    </message>
+    <message>
+        <source>32907</source>
+        <translation>Vor dem Schließen &amp;fragen</translation>
+    </message>
+    <message>
+        <source>32915</source>
+        <translation>&amp;Diashow...</translation>
+    </message>
 </context>
 <context>
     <name>IDR_VIEWER</name>
@@ -227,7 +365,147 @@
     </message>
     <message>
         <source>57664</source>
-        <translation>Ü&amp;ber...</translation>
+        <translation>&amp;Info...</translation>
+    </message>
+    <message>
+        <source>edit</source>
+        <translation>&amp;Bearbeiten</translation>
+    </message>
+    <message>
+        <source>zoom</source>
+        <translation>&amp;Zoom</translation>
+    </message>
+    <message>
+        <source>image</source>
+        <translation>B&amp;ild</translation>
+    </message>
+    <message>
+        <source>go</source>
+        <translation>&amp;Gehe zu</translation>
+    </message>
+    <message>
+        <source>57601</source>
+        <translation>&amp;Öffnen...&#9;Ctrl+O</translation>
+    </message>
+    <message>
+        <source>57603</source>
+        <translation>&amp;Speichern&#9;Ctrl+S</translation>
+    </message>
+    <message>
+        <source>57604</source>
+        <translation>Speichern &amp;unter...</translation>
+    </message>
+    <message>
+        <source>32772</source>
+        <translation>&amp;Löschen&#9;[Shift+]Delete</translation>
+    </message>
+    <message>
+        <source>57607</source>
+        <translation>&amp;Drucken...&#9;Ctrl+P</translation>
+    </message>
+    <message>
+        <source>57609</source>
+        <translation>Seiten&amp;ansicht</translation>
+    </message>
+    <message>
+        <source>32906</source>
+        <translation>Als &amp;neue Datei einfügen</translation>
+    </message>
+    <message>
+        <source>32907</source>
+        <translation>Vor dem Schließen &amp;fragen</translation>
+    </message>
+    <message>
+        <source>32915</source>
+        <translation>&amp;Diashow...</translation>
+    </message>
+    <message>
+        <source>32786</source>
+        <translation>&amp;Browser&#9;Ctrl+B</translation>
+    </message>
+    <message>
+        <source>32892</source>
+        <translation>Bild &amp;kopieren&#9;Ctrl+C</translation>
+    </message>
+    <message>
+        <source>32880</source>
+        <translation>&amp;Hand&#9;Ctrl+T</translation>
+    </message>
+    <message>
+        <source>32819</source>
+        <translation>&amp;Einpassen&#9;NumPad*</translation>
+    </message>
+    <message>
+        <source>32887</source>
+        <translation>&amp;Originalgröße&#9;NumPad/</translation>
+    </message>
+    <message>
+        <source>32888</source>
+        <translation>&amp;Sperren&#9;Ctrl+NumPad/</translation>
+    </message>
+    <message>
+        <source>32889</source>
+        <translation>Automatisch &amp;verkleinern&#9;Ctrl+NumPad-</translation>
+    </message>
+    <message>
+        <source>32890</source>
+        <translation>Automatisch ver&amp;größern&#9;Ctrl+NumPad+</translation>
+    </message>
+    <message>
+        <source>32900</source>
+        <translation>90° gegen den &amp;Uhrzeigersinn drehen&#9;Ctrl+L</translation>
+    </message>
+    <message>
+        <source>32898</source>
+        <translation>90° im Uhr&amp;zeigersinn drehen&#9;Ctrl+R</translation>
+    </message>
+    <message>
+        <source>32899</source>
+        <translation>Um &amp;180° drehen</translation>
+    </message>
+    <message>
+        <source>32901</source>
+        <translation>&amp;Horizontal spiegeln</translation>
+    </message>
+    <message>
+        <source>32903</source>
+        <translation>&amp;Vertikal spiegeln</translation>
+    </message>
+    <message>
+        <source>32885</source>
+        <translation>E&amp;rste Seite</translation>
+    </message>
+    <message>
+        <source>32884</source>
+        <translation>Vo&amp;rige Seite&#9;PageUp</translation>
+    </message>
+    <message>
+        <source>32883</source>
+        <translation>Nä&amp;chste Seite&#9;PageDown</translation>
+    </message>
+    <message>
+        <source>32886</source>
+        <translation>Le&amp;tzte Seite</translation>
+    </message>
+    <message>
+        <source>32878</source>
+        <translation>&amp;Erstes Bild&#9;Ctrl+Home</translation>
+    </message>
+    <message>
+        <source>32879</source>
+        <translation>&amp;Voriges Bild&#9;Ctrl+PageUp</translation>
+    </message>
+    <message>
+        <source>32882</source>
+        <translation>&amp;Nächstes Bild&#9;Ctrl+PageDown</translation>
+    </message>
+    <message>
+        <source>32881</source>
+        <translation>&amp;Letztes Bild&#9;Ctrl+End</translation>
+    </message>
+    <message>
+        <source>32914</source>
+        <translation>&amp;Diashow&#9;Pause</translation>
     </message>
 </context>
 <context>
@@ -283,6 +561,44 @@
     <message>
         <source>1214</source>
         <translation>JPEG</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_ZOOMCUSTOM</name>
+    <message>
+        <source>0</source>
+        <translation>Zoom anpassen</translation>
+    </message>
+    <message>
+        <source>1060</source>
+        <translation>&amp;Zoom (%):</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_SLIDE</name>
+    <message>
+        <source>0</source>
+        <translation>Diashow</translation>
+    </message>
+    <message>
+        <source>1056</source>
+        <translation>&amp;Pause (Sekunden):</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
     </message>
 </context>
 </TS>

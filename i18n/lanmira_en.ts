@@ -100,6 +100,128 @@
         <translation>"%s" could not be deleted.
 %s</translation>
     </message>
+    <message>
+        <source>ids_lanmira_bpp</source>
+        <translation>%d bpp, %d pixels/m</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_page</source>
+        <translation>Page %d/%d</translation>
+    </message>
+    <message>
+        <source>ids_calvora_zoom</source>
+        <translation>%.0f%%</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_multipage</source>
+        <translation>The picture is one page of a file with several pages. Only this page will be saved.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_savefilefail1</source>
+        <translation>The file %s could not be saved.
+%s</translation>
+    </message>
+    <message>
+        <source>ids_calvora_savefilefail2</source>
+        <translation>The file %s could not be saved.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_savefile</source>
+        <translation>Untitled</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_savechanges</source>
+        <translation>Save changes to %s?</translation>
+    </message>
+    <message>
+        <source>ids_calvora_savedlg_replace</source>
+        <translation>%s already exists.
+Do you want to replace it?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_saveas_title</source>
+        <translation>Save As</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_saveas_option</source>
+        <translation>Option</translation>
+    </message>
+    <message>
+        <source>ids_calvora_allsupported</source>
+        <translation>All supported images</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_allfiles</source>
+        <translation>All files</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_open_title</source>
+        <translation>Open</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_open_preview</source>
+        <translation>Preview</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_validate_range</source>
+        <translation>Please enter an integer between %d and %d.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_browser</source>
+        <translation>Browser</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_open</source>
+        <translation>Open</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_save</source>
+        <translation>Save</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_print</source>
+        <translation>Print</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_copyimage</source>
+        <translation>Copy</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_rotleft</source>
+        <translation>Left</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_rotright</source>
+        <translation>Right</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_first</source>
+        <translation>First</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_prev</source>
+        <translation>Previous</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_next</source>
+        <translation>Next</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_last</source>
+        <translation>Last</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_bestfit</source>
+        <translation>Best Fit</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_actual</source>
+        <translation>100%</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_slideshow</source>
+        <translation>Slide Show</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -210,6 +332,22 @@
         <source>32773</source>
         <translation>&amp;Refresh	F5</translation>
     </message>
+    <message>
+        <source>32873</source>
+        <translation>&amp;Open...&#9;Insert</translation>
+    </message>
+    <message>
+        <source>32906</source>
+        <translation>Paste as &amp;New File</translation>
+    </message>
+    <message>
+        <source>32907</source>
+        <translation>&amp;Prompt to Save File</translation>
+    </message>
+    <message>
+        <source>32915</source>
+        <translation>&amp;Slide Show...</translation>
+    </message>
 </context>
 <context>
     <name>IDR_VIEWER</name>
@@ -228,6 +366,146 @@
     <message>
         <source>57664</source>
         <translation>&amp;About...</translation>
+    </message>
+    <message>
+        <source>edit</source>
+        <translation>&amp;Edit</translation>
+    </message>
+    <message>
+        <source>zoom</source>
+        <translation>&amp;Zoom</translation>
+    </message>
+    <message>
+        <source>image</source>
+        <translation>&amp;Image</translation>
+    </message>
+    <message>
+        <source>go</source>
+        <translation>&amp;Go</translation>
+    </message>
+    <message>
+        <source>57601</source>
+        <translation>&amp;Open...&#9;Ctrl+O</translation>
+    </message>
+    <message>
+        <source>57603</source>
+        <translation>&amp;Save&#9;Ctrl+S</translation>
+    </message>
+    <message>
+        <source>57604</source>
+        <translation>Save &amp;As...</translation>
+    </message>
+    <message>
+        <source>32772</source>
+        <translation>&amp;Delete&#9;[Shift+]Delete</translation>
+    </message>
+    <message>
+        <source>57607</source>
+        <translation>&amp;Print...&#9;Ctrl+P</translation>
+    </message>
+    <message>
+        <source>57609</source>
+        <translation>Print Pre&amp;view</translation>
+    </message>
+    <message>
+        <source>32906</source>
+        <translation>Paste as &amp;New File</translation>
+    </message>
+    <message>
+        <source>32907</source>
+        <translation>&amp;Prompt to Save File</translation>
+    </message>
+    <message>
+        <source>32915</source>
+        <translation>&amp;Slide Show...</translation>
+    </message>
+    <message>
+        <source>32786</source>
+        <translation>&amp;Browser&#9;Ctrl+B</translation>
+    </message>
+    <message>
+        <source>32892</source>
+        <translation>&amp;Copy Image&#9;Ctrl+C</translation>
+    </message>
+    <message>
+        <source>32880</source>
+        <translation>&amp;Track&#9;Ctrl+T</translation>
+    </message>
+    <message>
+        <source>32819</source>
+        <translation>&amp;Best Fit&#9;NumPad*</translation>
+    </message>
+    <message>
+        <source>32887</source>
+        <translation>&amp;Actual Size&#9;NumPad/</translation>
+    </message>
+    <message>
+        <source>32888</source>
+        <translation>&amp;Lock&#9;Ctrl+NumPad/</translation>
+    </message>
+    <message>
+        <source>32889</source>
+        <translation>Auto &amp;Shrink to Fit&#9;Ctrl+NumPad-</translation>
+    </message>
+    <message>
+        <source>32890</source>
+        <translation>Auto &amp;Enlarge to Fit&#9;Ctrl+NumPad+</translation>
+    </message>
+    <message>
+        <source>32900</source>
+        <translation>Rotate 90° &amp;Counter-clockwise&#9;Ctrl+L</translation>
+    </message>
+    <message>
+        <source>32898</source>
+        <translation>Rotate 90° Clock&amp;wise&#9;Ctrl+R</translation>
+    </message>
+    <message>
+        <source>32899</source>
+        <translation>Rotate &amp;180°</translation>
+    </message>
+    <message>
+        <source>32901</source>
+        <translation>Flip &amp;Horizontal</translation>
+    </message>
+    <message>
+        <source>32903</source>
+        <translation>Flip &amp;Vertical</translation>
+    </message>
+    <message>
+        <source>32885</source>
+        <translation>F&amp;irst Page</translation>
+    </message>
+    <message>
+        <source>32884</source>
+        <translation>Pre&amp;vious Page&#9;PageUp</translation>
+    </message>
+    <message>
+        <source>32883</source>
+        <translation>Ne&amp;xt Page&#9;PageDown</translation>
+    </message>
+    <message>
+        <source>32886</source>
+        <translation>L&amp;ast Page</translation>
+    </message>
+    <message>
+        <source>32878</source>
+        <translation>&amp;First&#9;Ctrl+Home</translation>
+    </message>
+    <message>
+        <source>32879</source>
+        <translation>&amp;Previous&#9;Ctrl+PageUp</translation>
+    </message>
+    <message>
+        <source>32882</source>
+        <translation>&amp;Next&#9;Ctrl+PageDown</translation>
+    </message>
+    <message>
+        <source>32881</source>
+        <translation>&amp;Last&#9;Ctrl+End</translation>
+    </message>
+    <message>
+        <source>32914</source>
+        <translation>&amp;Slide Show&#9;Pause</translation>
     </message>
 </context>
 <context>
@@ -283,6 +561,44 @@
     <message>
         <source>1214</source>
         <translation>JPEG</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_ZOOMCUSTOM</name>
+    <message>
+        <source>0</source>
+        <translation>Custom Zoom</translation>
+    </message>
+    <message>
+        <source>1060</source>
+        <translation>&amp;Zoom (%):</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_SLIDE</name>
+    <message>
+        <source>0</source>
+        <translation>Slide Show</translation>
+    </message>
+    <message>
+        <source>1056</source>
+        <translation>&amp;Delay (seconds):</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
     </message>
 </context>
 </TS>

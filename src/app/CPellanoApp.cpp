@@ -1,22 +1,33 @@
 #include "app/CPellanoApp.h"
 
+#include "acquire/ClipboardImage.h"
+#include "app/BusyInputFilter.h"
 #include "app/CAboutDlg.h"
+#include "app/COpenFileDlg.h"
+#include "app/CSlideDlg.h"
 #include "app/ProductProfile.h"
 #include "app/ProductVersion.h"
 #include "app/SettingClamp.h"
 #include "app/StartupFailure.h"
+#include "browser/BrowserList.h"
 #include "browser/CMainFrame1.h"
+#include "browser/CView1.h"
 #include "dscap/dscap.h"
 #include "i18n/i18n.h"
 #include "imagelib/imagelib.h"
 #include "imagelib/iopt.h"
 #include "platform/CommandIds.h"
 #include "platform/Messages.h"
+#include "platform/PostedMessage.h"
 #include "platform/UnixSignalBridge.h"
 #include "viewer/CMainFrame2.h"
+#include "viewer/CView2.h"
+#include "viewer/ImageNavigator.h"
+#include "viewer/ViewerReceiver.h"
 #include "vnupdate/vnupdate.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMainWindow>
@@ -46,7 +57,8 @@ void writeSettingsAtExit() {
 
 } // namespace
 
-CPellanoApp::CPellanoApp(Options options) : m_options(std::move(options)) {
+CPellanoApp::CPellanoApp(Options options)
+    : m_options(std::move(options)), m_busyFilter(new BusyInputFilter(this)) {
     g_app = this;
 }
 
@@ -123,9 +135,17 @@ bool CPellanoApp::initInstance() {
         browserStart.folder = given.isDir() ? given.absoluteFilePath() : given.absolutePath();
     }
     m_browserFrame = std::make_unique<CMainFrame1>(*this, browserStart);
-    m_viewerFrame = std::make_unique<CMainFrame2>(*this);
+    m_viewerFrame = std::make_unique<CMainFrame2>(*this, *this);
     connect(m_browserFrame.get(), &CMainFrame1::camerasChanged, this,
             &CPellanoApp::enumerateCameras);
+    // Asking the clipboard's owner for its formats is a round trip to another program: done
+    // once per change, not at every update of the commands.
+    m_clipboardPicture = clipboardHasPicture();
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this,
+            [this] { m_clipboardPicture = clipboardHasPicture(); });
+    m_browserFrame->view()->setOpenImage([this](const QString& path, const QString& linkTarget) {
+        openFromBrowser(path, linkTarget);
+    });
 
     readCaptureSettings();
 
@@ -143,6 +163,14 @@ bool CPellanoApp::initInstance() {
     connect(qApp, &QGuiApplication::commitDataRequest, this, [this] { saveSettings(); });
 
     enumerateCameras();
+
+    if (!m_options.path.isEmpty() && !QFileInfo(m_options.path).isDir()) {
+        // Queued behind the folder pane's start-up step, which lists the file's folder: the
+        // viewer's Next and Previous step through that list from the file.
+        const QString file = QFileInfo(m_options.path).absoluteFilePath();
+        QMetaObject::invokeMethod(
+            this, [this, file] { openInViewer(file); }, Qt::QueuedConnection);
+    }
     return true;
 }
 
@@ -209,21 +237,159 @@ QMainWindow* CPellanoApp::mainWindow() const {
 
 void CPellanoApp::requestExit() {
     if (QMainWindow* w = mainWindow())
-        w->close();
+        m_busyFilter->closeWindow(w);
     else
         QCoreApplication::quit();
 }
 
+QMainWindow* CPellanoApp::frameOf(std::uint32_t mode) const {
+    if (mode == 0)
+        return m_browserFrame.get();
+    if (mode == 1)
+        return m_viewerFrame.get();
+    return nullptr;
+}
+
+void CPellanoApp::showFrame(QMainWindow* frame) {
+    if (frame->isMaximized())
+        frame->showMaximized();
+    else
+        frame->show();
+    frame->raise();
+    frame->activateWindow();
+    frame->repaint();
+}
+
+bool CPellanoApp::switchMode(std::uint32_t target) {
+    QMainWindow* entered = frameOf(target);
+    QMainWindow* left = frameOf(m_mode);
+    if (!entered || !left)
+        return false;
+    if (target == m_mode) {
+        if (!entered->isVisible())
+            showFrame(entered);
+        return true;
+    }
+
+    if (m_mode == 0) {
+        if (m_browserFrame->view()->dragging())
+            return false;
+        // The thumbnail worker lets go of the hidden list after at most one more item.
+        BrowserList::instance().stopRequest.store(BrowserList::kStopAbandon);
+    } else if (!m_viewerFrame->queryLeave()) {
+        return false;
+    }
+
+    if (target == 0)
+        m_browserFrame->view()->refresh();
+    else
+        m_viewerFrame->enterViewer();
+
+    // The two frames take turns as one main window: the one coming up takes the place and
+    // size of the one going away, so the switch does not make the window jump.
+    const QRect place = left->normalGeometry();
+    if (place.isValid() && !entered->isMaximized())
+        entered->setGeometry(place);
+    if (target == 1 && !m_viewerShown && left->isMaximized())
+        entered->setWindowState(entered->windowState() | Qt::WindowMaximized);
+    if (target == 1)
+        m_viewerShown = true;
+
+    m_mode = target;
+    left->hide();
+    showFrame(entered);
+    return true;
+}
+
+void CPellanoApp::showMainWindow() {
+    QMainWindow* frame = mainWindow();
+    if (!frame)
+        return;
+    if (frame->isHidden()) {
+        if (m_mode == 0)
+            m_browserFrame->view()->refresh();
+        else
+            m_viewerFrame->enterViewer();
+        frame->showNormal();
+    }
+    if (frame->isMinimized())
+        frame->setWindowState(frame->windowState() & ~Qt::WindowMinimized);
+    frame->raise();
+    frame->activateWindow();
+}
+
+void CPellanoApp::setBusy(bool busy) {
+    m_busyFilter->setBusy(busy);
+}
+
+bool CPellanoApp::busy() const {
+    return m_busyFilter->busy();
+}
+
+void CPellanoApp::openInViewer(const QString& path) {
+    if (path.isEmpty() || !switchMode(1))
+        return;
+    postMessage(m_viewerFrame.get(), msg::VIEWER_OPEN_PATH, 0, 0, makePayload(path));
+}
+
+void CPellanoApp::openFromBrowser(const QString& path, const QString& linkTarget) {
+    // The viewer made itself the receiver when it was entered.
+    if (switchMode(1))
+        ViewerReceiver::deliver(path, linkTarget);
+}
+
+void CPellanoApp::openDialog() {
+    openInViewer(COpenFileDlg::run(mainWindow(), m_preview));
+}
+
+void CPellanoApp::pasteAsNewFile() {
+    PackedDib picture = dibFromClipboard();
+    if (!picture || !switchMode(1))
+        return;
+    postMessage(m_viewerFrame.get(), msg::VIEWER_ADOPT_DIB, 0, 0, makePayload(std::move(picture)));
+}
+
+void CPellanoApp::slideShowSettings() {
+    CSlideDlg dialog(m_slide / 1000, mainWindow());
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const std::uint32_t delay = dialog.seconds() * 1000;
+    if (delay == m_slide)
+        return;
+    m_slide = delay;
+    m_viewerFrame->view()->restartSlideTimerIfRunning();
+}
+
+QString CPellanoApp::chooseFileToOpen(QWidget* parent) {
+    return COpenFileDlg::run(parent, m_preview);
+}
+
+int CPellanoApp::deleteFile(const QString& path, bool forGood) {
+    return m_browserFrame ? m_browserFrame->view()->deleteFile(path, forGood) : -1;
+}
+
+int CPellanoApp::readTrackMode() {
+    return m_settings.readInt(QStringLiteral("options"), QStringLiteral("OT"), 1);
+}
+
+void CPellanoApp::writeTrackMode(int trackMode) {
+    m_settings.writeInt(QStringLiteral("options"), QStringLiteral("OT"), trackMode);
+}
+
 bool CPellanoApp::queryClose(QMainWindow* frame) {
+    const bool browser = frame == m_browserFrame.get();
+    // The second half of a close the user already agreed to.
+    if (browser ? m_viewerClosed : m_browserClosed)
+        return true;
+    if (m_viewerFrame && !m_viewerFrame->view()->document().promptToSave())
+        return false;
     // The frame of the other mode is hidden; it is asked to close after this one, and the
     // program ends when both have gone.
-    QMainWindow* other = nullptr;
-    if (frame == m_browserFrame.get() && !m_viewerClosed)
-        other = m_viewerFrame.get();
-    else if (frame == m_viewerFrame.get() && !m_browserClosed)
-        other = m_browserFrame.get();
+    QMainWindow* other = browser ? static_cast<QMainWindow*>(m_viewerFrame.get())
+                                 : static_cast<QMainWindow*>(m_browserFrame.get());
     if (other)
-        QMetaObject::invokeMethod(other, &QWidget::close, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this, other] { m_busyFilter->closeWindow(other); }, Qt::QueuedConnection);
     return true;
 }
 
@@ -238,6 +404,28 @@ void CPellanoApp::frameClosed(QMainWindow* frame) {
 
 bool CPellanoApp::onCommand(int id) {
     switch (id) {
+    case cmd::ID_MODE_BROWSER:
+        switchMode(0);
+        return true;
+    case cmd::ID_BROWSER_ITEM_OPEN:
+        if (BrowserList::instance().selectedCount() == 1 && switchMode(1))
+            ImageNavigator(BrowserList::instance()).openSelected();
+        return true;
+    case cmd::ID_SHOW_MAIN_WINDOW:
+        showMainWindow();
+        return true;
+    case cmd::ID_APP_OPEN:
+        openDialog();
+        return true;
+    case cmd::ID_PASTE_AS_NEW_FILE:
+        pasteAsNewFile();
+        return true;
+    case cmd::ID_PROMPT_TO_SAVE:
+        m_prompt = !m_prompt;
+        return true;
+    case cmd::ID_SLIDE_SHOW_SETTINGS:
+        slideShowSettings();
+        return true;
     case cmd::ID_APP_EXIT:
         requestExit();
         return true;
@@ -251,8 +439,21 @@ bool CPellanoApp::onCommand(int id) {
     }
 }
 
-bool CPellanoApp::onUpdateCommand(int id, CommandState& /*state*/) {
+bool CPellanoApp::onUpdateCommand(int id, CommandState& state) {
     switch (id) {
+    case cmd::ID_BROWSER_ITEM_OPEN:
+        state.enabled = BrowserList::instance().selectedCount() == 1;
+        return true;
+    case cmd::ID_PASTE_AS_NEW_FILE:
+        state.enabled = m_clipboardPicture;
+        return true;
+    case cmd::ID_PROMPT_TO_SAVE:
+        state.setCheck(m_prompt);
+        return true;
+    case cmd::ID_MODE_BROWSER:
+    case cmd::ID_SHOW_MAIN_WINDOW:
+    case cmd::ID_APP_OPEN:
+    case cmd::ID_SLIDE_SHOW_SETTINGS:
     case cmd::ID_APP_EXIT:
     case cmd::ID_APP_ABOUT:
         return true;

@@ -3,6 +3,7 @@
 #include "app/SettingsStore.h"
 #include "platform/CommandTarget.h"
 #include "platform/FrameHost.h"
+#include "viewer/ViewerHost.h"
 
 #include <QObject>
 #include <QString>
@@ -17,6 +18,7 @@ class QMainWindow;
 
 namespace lanmira {
 
+class BusyInputFilter;
 class CMainFrame1;
 class CMainFrame2;
 class UnixSignalBridge;
@@ -28,9 +30,12 @@ struct CameraRecord {
     std::uint32_t value = 0;
 };
 
-// The application object: start-up, the settings it owns, the two mode frames, the
-// commands all frames share, and shutdown.
-class CPellanoApp final : public QObject, public CommandTarget, public FrameHost {
+// The application object: start-up, the settings it owns, the two mode frames and the
+// switches between them, the commands all frames share, and shutdown.
+class CPellanoApp final : public QObject,
+                          public CommandTarget,
+                          public FrameHost,
+                          public ViewerHost {
     Q_OBJECT
 public:
     struct Options {
@@ -55,6 +60,18 @@ public:
     // Closes the program the way "Exit" does.
     void requestExit();
 
+    // 0 browser, 1 viewer. True when `target` is the current mode afterwards; false when the
+    // frame being left refused (a drag in the browser, a cancelled save prompt).
+    bool switchMode(std::uint32_t target);
+    // Command 32863: the current mode's frame shown, restored and in front.
+    void showMainWindow();
+
+    // While busy, the user's mouse and keys (Escape excepted) and close buttons are dropped.
+    // The filter goes on the QApplication.
+    void setBusy(bool busy);
+    bool busy() const;
+    BusyInputFilter* busyFilter() const { return m_busyFilter; }
+
     // FrameHost
     bool queryClose(QMainWindow* frame) override;
     void frameClosed(QMainWindow* frame) override;
@@ -63,6 +80,14 @@ public:
     // CommandTarget
     bool onCommand(int id) override;
     bool onUpdateCommand(int id, CommandState& state) override;
+
+    // ViewerHost
+    bool promptToSave() const override { return m_prompt; }
+    std::uint32_t slideDelay() const override { return m_slide; }
+    QString chooseFileToOpen(QWidget* parent) override;
+    int deleteFile(const QString& path, bool forGood) override;
+    int readTrackMode() override;
+    void writeTrackMode(int trackMode) override;
 
     QMainWindow* mainWindow() const;
     CMainFrame1* browserFrame() const { return m_browserFrame.get(); }
@@ -94,6 +119,14 @@ public:
 private:
     void fail(const QString& text);
     void readCaptureSettings();
+    QMainWindow* frameOf(std::uint32_t mode) const;
+    void showFrame(QMainWindow* frame);
+    // Switches to the viewer and has it open the file; a refused switch drops the path.
+    void openInViewer(const QString& path);
+    void openFromBrowser(const QString& path, const QString& linkTarget);
+    void openDialog();
+    void pasteAsNewFile();
+    void slideShowSettings();
 
     Options m_options;
     QString m_programFolder;
@@ -116,6 +149,10 @@ private:
     std::unique_ptr<CMainFrame2> m_viewerFrame;
     bool m_browserClosed = false;
     bool m_viewerClosed = false;
+    // The first time the viewer comes up, it takes over the browser's maximised state too.
+    bool m_viewerShown = false;
+    bool m_clipboardPicture = false;
+    BusyInputFilter* m_busyFilter;
     UnixSignalBridge* m_signals = nullptr;
 };
 

@@ -1,4 +1,5 @@
 #include "acquire/PackedDib.h"
+#include "app/BusyInputFilter.h"
 #include "app/CPellanoApp.h"
 #include "app/CommandLine.h"
 #include "app/SingleInstance.h"
@@ -75,6 +76,7 @@ int main(int argc, char** argv) {
                                                  QIcon(QStringLiteral(":/icons/lanmira.png"))));
 
     lanmira::CPellanoApp app({.path = cl.path, .executablePath = {}, .reportFailure = {}});
+    qapp.installEventFilter(app.busyFilter());
     if (!app.initInstance())
         return app.exitInstance(0);
     const int code = QApplication::exec();

@@ -21,7 +21,10 @@ const MenuResource& CMainFrame1::menuResource() {
     using E = MenuEntry;
     static const MenuResource menu{
         "IDR_BROWSER",
-        {E::popup("file", {E::item(cmd::ID_APP_EXIT)}),
+        {E::popup("file",
+                  {E::item(cmd::ID_APP_OPEN), E::item(cmd::ID_PASTE_AS_NEW_FILE), E::separator(),
+                   E::item(cmd::ID_PROMPT_TO_SAVE), E::item(cmd::ID_SLIDE_SHOW_SETTINGS),
+                   E::separator(), E::item(cmd::ID_APP_EXIT)}),
          E::popup("edit", {E::item(cmd::ID_DELETE), E::separator(), E::item(cmd::ID_SELECT_ALL),
                            E::item(cmd::ID_INVERT_SELECTION)}),
          E::popup("view", {E::item(cmd::ID_LARGE_ICONS), E::item(cmd::ID_SMALL_ICONS),
@@ -50,6 +53,8 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
     connect(m_folders, &CFoldersPane::folderChosen, m_view, &CView1::openFolder);
 
     buildToolBar();
+    // Opening the selected picture has a key but no menu entry.
+    router().action(cmd::ID_BROWSER_ITEM_OPEN)->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
 
     // Position, then the name (which takes the spare width), then the picture's size.
     m_position->setObjectName(QStringLiteral("statusPosition"));

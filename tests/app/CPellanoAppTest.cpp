@@ -1,21 +1,31 @@
 #include "app/CPellanoApp.h"
 
 #include "../../tools/ProfileWriter.h"
+#include "acquire/ClipboardImage.h"
 #include "app/CAboutDlg.h"
 #include "app/ProductProfile.h"
 #include "app/SingleInstance.h"
+#include "browser/BrowserList.h"
 #include "browser/CMainFrame1.h"
 #include "platform/CommandIds.h"
 #include "platform/CommandRouter.h"
 #include "viewer/CMainFrame2.h"
+#include "viewer/CView2.h"
+#include "viewer/ViewerReceiver.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QClipboard>
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QLabel>
+#include <QMessageBox>
+#include <QMimeData>
 #include <QProcess>
 #include <QSysInfo>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -34,6 +44,7 @@ protected:
         ASSERT_TRUE(m_dir.isValid());
         QDir().mkpath(prefix() + QStringLiteral("/bin"));
         qputenv("XDG_CONFIG_HOME", configHome().toUtf8());
+        qputenv("XDG_CACHE_HOME", (m_dir.path() + QStringLiteral("/cache")).toUtf8());
     }
 
     QString prefix() const { return m_dir.path() + QStringLiteral("/prefix"); }
@@ -77,6 +88,23 @@ protected:
     QTemporaryDir m_dir;
     QStringList m_failures;
 };
+
+// Presses `button` in the next message box; counts the boxes seen.
+void answerNextBox(QMessageBox::StandardButton button, int* seen = nullptr) {
+    QTimer::singleShot(0, [=] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            if (seen)
+                ++*seen;
+            box->button(button)->click();
+        }
+    });
+}
+
+// 2 x 2, 16 bits with 5-6-5 bit fields, the form some programs put on the clipboard: red,
+// green on the bottom row; blue, white on top.
+const QByteArray kBitFieldDib = QByteArray::fromHex(
+    "28000000020000000200000001001000030000000000000000000000000000000000000000000000"
+    "00f80000e00700001f00000000f8e0071f00ffff");
 
 const std::string kDefaultXml =
     R"(<lanmira><oem company="Vornalt" app="Lanmira" url="https://vornalt.example/lanmira" display="Vornalt Lanmira"/></lanmira>)";
@@ -213,6 +241,122 @@ TEST_F(AppFixture, ExitAndAboutAreAlwaysAvailableAndUnknownCommandsAreNot) {
     EXPECT_FALSE(router.query(cmd::ID_FILE_SAVE).enabled);
     EXPECT_FALSE(router.dispatch(cmd::ID_FILE_SAVE));
     EXPECT_TRUE(app.viewerFrame()->router().query(cmd::ID_APP_EXIT).enabled);
+    app.exitInstance(0);
+}
+
+TEST_F(AppFixture, ModesTakeTurnsInOnePlaceAndAChangedPictureMayKeepTheViewer) {
+    writeProfile(kDefaultXml);
+    CPellanoApp app(options());
+    ASSERT_TRUE(app.initInstance());
+    CMainFrame1* browser = app.browserFrame();
+    CMainFrame2* viewer = app.viewerFrame();
+    browser->setGeometry(40, 50, 700, 500);
+
+    ASSERT_TRUE(app.switchMode(1));
+    EXPECT_EQ(app.mode(), 1u);
+    EXPECT_TRUE(viewer->isVisible());
+    EXPECT_FALSE(browser->isVisible());
+    EXPECT_EQ(viewer->geometry(), QRect(40, 50, 700, 500));
+    EXPECT_EQ(BrowserList::instance().stopRequest.load(), BrowserList::kStopAbandon);
+    EXPECT_TRUE(ViewerReceiver::isSet());
+    EXPECT_TRUE(app.switchMode(1));
+
+    // An untitled, changed picture: Cancel keeps the viewer, No lets it go.
+    viewer->view()->adopt(dibFromBytes(kBitFieldDib));
+    int boxes = 0;
+    answerNextBox(QMessageBox::Cancel, &boxes);
+    EXPECT_FALSE(app.switchMode(0));
+    EXPECT_EQ(app.mode(), 1u);
+    EXPECT_TRUE(viewer->isVisible());
+    answerNextBox(QMessageBox::No, &boxes);
+    EXPECT_TRUE(app.switchMode(0));
+    EXPECT_EQ(boxes, 2);
+    EXPECT_TRUE(browser->isVisible());
+    EXPECT_FALSE(viewer->isVisible());
+
+    // With the prompt flag off, nobody is asked.
+    browser->router().dispatch(cmd::ID_PROMPT_TO_SAVE);
+    EXPECT_FALSE(browser->router().query(cmd::ID_PROMPT_TO_SAVE).checked);
+    ASSERT_TRUE(app.switchMode(1));
+    answerNextBox(QMessageBox::Cancel, &boxes);
+    EXPECT_TRUE(app.switchMode(0));
+    QApplication::processEvents();
+    EXPECT_EQ(boxes, 2);
+    app.exitInstance(0);
+}
+
+TEST_F(AppFixture, PasteAsNewFileTakesOnlyAPictureAndShowsItUntitledIn24Bits) {
+    writeProfile(kDefaultXml);
+    CPellanoApp app(options());
+    ASSERT_TRUE(app.initInstance());
+    CommandRouter& router = app.browserFrame()->router();
+    QApplication::clipboard()->setText(QStringLiteral("no picture"));
+    EXPECT_FALSE(router.query(cmd::ID_PASTE_AS_NEW_FILE).enabled);
+
+    auto* mime = new QMimeData;
+    mime->setData(QStringLiteral("image/bmp"), kBitFieldDib);
+    QApplication::clipboard()->setMimeData(mime);
+    ASSERT_TRUE(router.query(cmd::ID_PASTE_AS_NEW_FILE).enabled);
+    ASSERT_TRUE(router.dispatch(cmd::ID_PASTE_AS_NEW_FILE));
+    EXPECT_EQ(app.mode(), 1u);
+    const ImageDocument& doc = app.viewerFrame()->view()->document();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return doc.hasPicture(); }, 5000));
+    EXPECT_TRUE(doc.filePath().isEmpty());
+    EXPECT_TRUE(doc.modified());
+    const QByteArray shown = dibToBytes(doc.image());
+    EXPECT_EQ(shown[14], char(24));                                 // bit count
+    EXPECT_EQ(shown[16], char(0));                                  // compression
+    EXPECT_EQ(shown.mid(40, 6), QByteArray("\0\0\xFF\0\xFF\0", 6)); // red, green
+    app.exitInstance(0);
+}
+
+TEST_F(AppFixture, AFileOnTheCommandLineOpensInTheViewerWithItsFolderListed) {
+    writeProfile(kDefaultXml);
+    const QString folder = m_dir.path() + QStringLiteral("/pictures");
+    QDir().mkpath(folder);
+    for (const char* name : {"a.bmp", "b.bmp", "c.bmp"}) {
+        QImage image(8, 6, QImage::Format_RGB32);
+        image.fill(Qt::blue);
+        ASSERT_TRUE(image.save(folder + u'/' + QString::fromLatin1(name), "BMP"));
+    }
+    CPellanoApp::Options opts = options();
+    opts.path = folder + QStringLiteral("/b.bmp");
+    CPellanoApp app(opts);
+    ASSERT_TRUE(app.initInstance());
+    const ImageDocument& doc = app.viewerFrame()->view()->document();
+    CommandRouter& router = app.viewerFrame()->router();
+    // The folder is listed before the shown file is looked up in it, so both steps work.
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return doc.hasPicture() && router.query(cmd::ID_IMAGE_NEXT).enabled; }, 10000));
+    EXPECT_EQ(app.mode(), 1u);
+    EXPECT_EQ(doc.filePath(), opts.path);
+    EXPECT_EQ(BrowserList::instance().items().size(), 3u);
+    EXPECT_TRUE(router.query(cmd::ID_IMAGE_PREVIOUS).enabled);
+    EXPECT_FALSE(app.browserFrame()->isVisible());
+    app.exitInstance(0);
+}
+
+TEST_F(AppFixture, ClosingWithAChangedPictureAsksOnceAndCancelKeepsTheProgram) {
+    writeProfile(kDefaultXml);
+    CPellanoApp app(options());
+    ASSERT_TRUE(app.initInstance());
+    app.viewerFrame()->view()->adopt(dibFromBytes(kBitFieldDib));
+    int boxes = 0;
+    answerNextBox(QMessageBox::Cancel, &boxes);
+    EXPECT_FALSE(app.browserFrame()->close());
+    EXPECT_TRUE(app.browserFrame()->isVisible());
+
+    // No: both frames go, and the hidden one does not ask again.
+    QTimer::singleShot(0, [&] {
+        answerNextBox(QMessageBox::No, &boxes);
+        app.browserFrame()->close();
+    });
+    QTimer watchdog; // gone with the test, so it cannot end a later test's event loop
+    QObject::connect(&watchdog, &QTimer::timeout, [] { QCoreApplication::exit(99); });
+    watchdog.start(10000);
+    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_EQ(boxes, 2);
+    EXPECT_FALSE(app.viewerFrame()->isVisible());
     app.exitInstance(0);
 }
 

@@ -1,9 +1,11 @@
 #include "app/CAboutDlg.h"
+#include "app/CSlideDlg.h"
 #include "browser/CMainFrame1.h"
 #include "i18n/i18n.h"
 #include "platform/CImageOptionsDlg.h"
 #include "platform/MenuResource.h"
 #include "viewer/CMainFrame2.h"
+#include "viewer/CZoomCustomDlg.h"
 
 #include <gtest/gtest.h>
 
@@ -36,7 +38,9 @@ TEST(MenuCatalog, EveryMenuEntryAndDialogControlHasAnEnglishText) {
         collectMissing(menu->name, menu->entries, missing);
     const std::pair<const char*, std::vector<int>> dialogs[] = {
         {CAboutDlg::dialogName(), CAboutDlg::controlIds()},
-        {CImageOptionsDlg::dialogName(), CImageOptionsDlg::controlIds()}};
+        {CImageOptionsDlg::dialogName(), CImageOptionsDlg::controlIds()},
+        {CSlideDlg::dialogName(), CSlideDlg::controlIds()},
+        {CZoomCustomDlg::dialogName(), CZoomCustomDlg::controlIds()}};
     for (const auto& [dialog, ids] : dialogs)
         for (int id : ids)
             if (!i18n_hasEnglish(dialog, std::to_string(id).c_str()))
