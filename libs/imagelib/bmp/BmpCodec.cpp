@@ -25,6 +25,8 @@ struct Fields {
     std::size_t paletteOffset = 0;
     std::size_t paletteEntrySize = 4;
     std::size_t colours = 0;
+    std::int32_t xPelsPerMeter = 0;
+    std::int32_t yPelsPerMeter = 0;
 };
 
 bool readFields(std::span<const std::uint8_t> b, Fields& f, std::string& error) {
@@ -47,6 +49,8 @@ bool readFields(std::span<const std::uint8_t> b, Fields& f, std::string& error) 
         f.bitCount = readLe16(h + 14);
         f.compression = readLe32(h + 16);
         f.colours = readLe32(h + 32);
+        f.xPelsPerMeter = static_cast<std::int32_t>(readLe32(h + 24));
+        f.yPelsPerMeter = static_cast<std::int32_t>(readLe32(h + 28));
         if (f.compression == kBiBitfields || f.compression == 6 /* alpha bit fields */) {
             // The masks follow a 40-byte header, or sit inside a V4/V5 header.
             const std::size_t at = kFileHeader + 40;
@@ -209,6 +213,8 @@ DecodeResult BmpCodec::decode(std::span<const std::uint8_t> b,
     r.dib = DibBuffer::create(f.width, f.height, outDepth, static_cast<int>(f.colours), r.error);
     if (!r.dib)
         return r;
+    r.dib.header().xPelsPerMeter = f.xPelsPerMeter;
+    r.dib.header().yPelsPerMeter = f.yPelsPerMeter;
     if (f.colours)
         readPalette(b, f, r.dib);
 

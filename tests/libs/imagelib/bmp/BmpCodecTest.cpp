@@ -185,6 +185,9 @@ TEST(ImageLibSave, RoundTripsEveryDepthAndPicksTheFormatByName) {
     for (const Bmp& m : {paletted(4), paletted(8), depth24(true)}) {
         const DecodedPicture d = openMemory(file(m));
         ASSERT_TRUE(d.dib);
+        // The resolution travels too (72 dpi).
+        const std::int32_t pels = 2835;
+        std::memcpy(static_cast<std::uint8_t*>(d.dib.get()) + 24, &pels, 4);
         ImageIoParams save{}; // all zero: the ".bmp" in the name decides
         ASSERT_TRUE(ImageLib_Save(path.c_str(), d.dib.get(), &save));
         const DecodedPicture back = openFile(path);
