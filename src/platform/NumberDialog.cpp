@@ -1,0 +1,69 @@
+#include "platform/NumberDialog.h"
+
+#include "i18n/i18n.h"
+#include "platform/TextFormat.h"
+
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace lanmira {
+namespace {
+constexpr int kOk = 1;
+constexpr int kCancel = 2;
+} // namespace
+
+NumberDialog::NumberDialog(const Spec& spec, int value, QWidget* parent)
+    : QDialog(parent), m_spec(spec), m_edit(new QSpinBox(this)) {
+    m_edit->setProperty("i18nId", spec.editId);
+    m_edit->setRange(spec.spinMin, spec.max);
+    m_edit->setValue(std::clamp(value, spec.spinMin, spec.max));
+    m_edit->selectAll();
+
+    auto* label = new QLabel(this);
+    label->setProperty("i18nId", spec.labelId);
+    label->setBuddy(m_edit);
+    auto* form = new QFormLayout;
+    form->addRow(label, m_edit);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    buttons->button(QDialogButtonBox::Ok)->setProperty("i18nId", kOk);
+    buttons->button(QDialogButtonBox::Cancel)->setProperty("i18nId", kCancel);
+    connect(buttons, &QDialogButtonBox::accepted, this, &NumberDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &NumberDialog::reject);
+
+    auto* top = new QVBoxLayout(this);
+    top->addLayout(form);
+    top->addWidget(buttons);
+    i18n_dialog(this, spec.dialogName);
+    setFixedSize(sizeHint());
+}
+
+int NumberDialog::number() const {
+    return m_edit->value();
+}
+
+void NumberDialog::accept() {
+    // The spin box lets a half-typed number such as "0" stand in its field; value() would
+    // quietly give the last good one instead.
+    bool ok = false;
+    const int typed = m_edit->cleanText().toInt(&ok);
+    if (!ok || typed < m_spec.min || typed > m_spec.max) {
+        QMessageBox::warning(
+            this, i18n_stringW("ids_lanmira_appname"),
+            formatText(i18n_stringW("ids_lanmira_validate_range"), {m_spec.min, m_spec.max}));
+        m_edit->setFocus();
+        m_edit->selectAll();
+        return;
+    }
+    m_edit->setValue(typed);
+    QDialog::accept();
+}
+
+} // namespace lanmira
