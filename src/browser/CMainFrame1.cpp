@@ -75,13 +75,7 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
 CMainFrame1::~CMainFrame1() = default;
 
 void CMainFrame1::buildToolBar() {
-    struct Button {
-        int id;
-        const char* text;
-        const char* themeIcon;
-        QStyle::StandardPixmap fallback;
-    };
-    static const Button buttons[] = {
+    static const ToolButton buttons[] = {
         {cmd::ID_FILES_COPY, "ids_lanmira_toolbar_copy", "edit-copy", QStyle::SP_FileIcon},
         {cmd::ID_FILES_PASTE, "ids_lanmira_toolbar_paste", "edit-paste",
          QStyle::SP_DialogOpenButton},
@@ -95,19 +89,7 @@ void CMainFrame1::buildToolBar() {
          QStyle::SP_ArrowDown},
         {cmd::ID_CAMERA_DROPDOWN, "ids_video", "camera-photo", QStyle::SP_ComputerIcon},
     };
-    m_toolBar = addToolBar(QStringLiteral("browserToolBar"));
-    m_toolBar->setObjectName(QStringLiteral("browserToolBar"));
-    m_toolBar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-    m_toolBar->setMovable(false);
-    for (const Button& b : buttons) {
-        QAction* a = router().action(b.id);
-        // The button's label; the menu keeps the action's own text.
-        a->setIconText(i18n_stringW(b.text));
-        if (a->icon().isNull())
-            a->setIcon(QIcon::fromTheme(QString::fromLatin1(b.themeIcon),
-                                        style()->standardIcon(b.fallback)));
-        m_toolBar->addAction(a);
-    }
+    m_toolBar = addCommandToolBar(QStringLiteral("browserToolBar"), buttons);
 }
 
 void CMainFrame1::updateStatus() {

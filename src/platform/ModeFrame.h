@@ -4,11 +4,24 @@
 #include "platform/MenuResource.h"
 
 #include <QMainWindow>
+#include <QStyle>
+
+#include <span>
+
+class QToolBar;
 
 namespace lanmira {
 
 class CommandRouter;
 class FrameHost;
+
+// A toolbar button: its command, label name, theme icon and the style's icon without a theme.
+struct ToolButton {
+    int id;
+    const char* text;
+    const char* themeIcon;
+    QStyle::StandardPixmap fallback;
+};
 
 // A main window of one of the program's modes: its commands end their route at the
 // application, and closing it is the application's decision.
@@ -24,6 +37,8 @@ public:
     bool onUpdateCommand(int id, CommandState& state) override;
 
 protected:
+    // A fixed toolbar of command buttons with their labels under the icons.
+    QToolBar* addCommandToolBar(const QString& objectName, std::span<const ToolButton> buttons);
     void closeEvent(QCloseEvent* event) override;
     FrameHost& host() { return m_host; }
 

@@ -94,13 +94,7 @@ CMainFrame2::CMainFrame2(FrameHost& host, ViewerHost& viewerHost)
 CMainFrame2::~CMainFrame2() = default;
 
 void CMainFrame2::buildToolBar() {
-    struct Button {
-        int id;
-        const char* text;
-        const char* themeIcon;
-        QStyle::StandardPixmap fallback;
-    };
-    static const Button buttons[] = {
+    static const ToolButton buttons[] = {
         {cmd::ID_MODE_BROWSER, "ids_lanmira_toolbar_browser", "view-list-icons",
          QStyle::SP_FileDialogContentsView},
         {cmd::ID_FILE_OPEN, "ids_lanmira_toolbar_open", "document-open",
@@ -125,19 +119,7 @@ void CMainFrame2::buildToolBar() {
         {cmd::ID_SLIDE_SHOW, "ids_lanmira_toolbar_slideshow", "media-playback-start",
          QStyle::SP_MediaPlay},
     };
-    QToolBar* bar = addToolBar(QStringLiteral("viewerToolBar"));
-    bar->setObjectName(QStringLiteral("viewerToolBar"));
-    bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-    bar->setMovable(false);
-    for (const Button& b : buttons) {
-        QAction* a = router().action(b.id);
-        // The button's label; the menu keeps the action's own text.
-        a->setIconText(i18n_stringW(b.text));
-        if (a->icon().isNull())
-            a->setIcon(QIcon::fromTheme(QString::fromLatin1(b.themeIcon),
-                                        style()->standardIcon(b.fallback)));
-        bar->addAction(a);
-    }
+    addCommandToolBar(QStringLiteral("viewerToolBar"), buttons);
 }
 
 void CMainFrame2::updateStatus() {
