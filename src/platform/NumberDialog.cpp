@@ -19,15 +19,15 @@ constexpr int kOk = 1;
 constexpr int kCancel = 2;
 } // namespace
 
-NumberDialog::NumberDialog(const Spec& spec, int value, QWidget* parent)
-    : QDialog(parent), m_spec(spec), m_edit(new QSpinBox(this)) {
-    m_edit->setProperty("i18nId", spec.editId);
-    m_edit->setRange(spec.spinMin, spec.max);
-    m_edit->setValue(std::clamp(value, spec.spinMin, spec.max));
+NumberDialog::NumberDialog(const Fields& fields, int value, QWidget* parent)
+    : QDialog(parent), m_fields(fields), m_edit(new QSpinBox(this)) {
+    m_edit->setProperty("i18nId", fields.editId);
+    m_edit->setRange(fields.spinMin, fields.max);
+    m_edit->setValue(std::clamp(value, fields.spinMin, fields.max));
     m_edit->selectAll();
 
     auto* label = new QLabel(this);
-    label->setProperty("i18nId", spec.labelId);
+    label->setProperty("i18nId", fields.labelId);
     label->setBuddy(m_edit);
     auto* form = new QFormLayout;
     form->addRow(label, m_edit);
@@ -41,7 +41,7 @@ NumberDialog::NumberDialog(const Spec& spec, int value, QWidget* parent)
     auto* top = new QVBoxLayout(this);
     top->addLayout(form);
     top->addWidget(buttons);
-    i18n_dialog(this, spec.dialogName);
+    i18n_dialog(this, fields.dialogName);
     setFixedSize(sizeHint());
 }
 
@@ -54,10 +54,10 @@ void NumberDialog::accept() {
     // quietly give the last good one instead.
     bool ok = false;
     const int typed = m_edit->cleanText().toInt(&ok);
-    if (!ok || typed < m_spec.min || typed > m_spec.max) {
+    if (!ok || typed < m_fields.min || typed > m_fields.max) {
         QMessageBox::warning(
             this, i18n_stringW("ids_lanmira_appname"),
-            formatText(i18n_stringW("ids_lanmira_validate_range"), {m_spec.min, m_spec.max}));
+            formatText(i18n_stringW("ids_lanmira_validate_range"), {m_fields.min, m_fields.max}));
         m_edit->setFocus();
         m_edit->selectAll();
         return;

@@ -12,7 +12,7 @@ namespace lanmira {
 class NumberDialog : public QDialog {
     Q_OBJECT
 public:
-    struct Spec {
+    struct Fields {
         const char* dialogName;
         int labelId;
         int editId;
@@ -21,7 +21,7 @@ public:
         int max;
     };
 
-    NumberDialog(const Spec& spec, int value, QWidget* parent);
+    NumberDialog(const Fields& fields, int value, QWidget* parent);
 
     void accept() override;
 
@@ -31,7 +31,7 @@ protected:
     QSpinBox* edit() const { return m_edit; }
 
 private:
-    Spec m_spec;
+    Fields m_fields;
     QSpinBox* m_edit;
 };
 
