@@ -222,6 +222,18 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>ids_lanmira_toolbar_slideshow</source>
         <translation>Diashow</translation>
     </message>
+    <message>
+        <source>ids_calvora_record_title</source>
+        <translation>Video aufnehmen</translation>
+    </message>
+    <message>
+        <source>ids_calvora_record_mp4</source>
+        <translation>MP4-Video</translation>
+    </message>
+    <message>
+        <source>ids_calvora_record_mkv</source>
+        <translation>Matroska-Video</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>

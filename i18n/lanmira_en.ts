@@ -222,6 +222,18 @@ Do you want to replace it?</translation>
         <source>ids_lanmira_toolbar_slideshow</source>
         <translation>Slide Show</translation>
     </message>
+    <message>
+        <source>ids_calvora_record_title</source>
+        <translation>Record Video</translation>
+    </message>
+    <message>
+        <source>ids_calvora_record_mp4</source>
+        <translation>MP4 video</translation>
+    </message>
+    <message>
+        <source>ids_calvora_record_mkv</source>
+        <translation>Matroska video</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>

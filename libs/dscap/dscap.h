@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
-// The capture library: cameras, live preview, grabbing and recording.
+class ICameraControl;
+
+// The capture library: cameras, live preview, grabbing and recording. Every call is safe
+// with a null or stale handle (it fails); calls made in the wrong state fail too.
 extern "C" {
 
 // One enumerated camera. Arrays of them end with a record whose id is nullptr.
@@ -12,22 +16,113 @@ struct dscap_dsvi {
     std::uint32_t value;
 };
 
-// Messages the library posts through the application's callback. The numbers are the
+// Messages the library posts to the windows given to dscap_device. The numbers are the
 // application's own and are given at initialisation.
 struct dscap_messages {
-    unsigned notify;             // hand to dscap_notify
-    unsigned videoSize;          // the video size changed: width, height
-    unsigned recording;          // recording started or stopped
+    unsigned notify;             // to the view; hand to dscap_notify
+    unsigned videoSize;          // to the view: width, height
+    unsigned recording;          // to the view: recording started or stopped
     unsigned firstDialogCommand; // first of sixteen property-dialog commands
-    unsigned event;              // device event, such as removal
+    unsigned event;              // to the frame: a DSCAP_EVENT_* code, detail
 };
 
-// configHome nullptr: the user's XDG config folder. Returns 0 on success.
+// Codes carried by the event message.
+enum {
+    DSCAP_EVENT_DEVICE_LOST = 1,   // the camera went away; preview and recording stopped
+    DSCAP_EVENT_RECORD_FAILED = 2, // the recording stopped on a write error (e.g. disk full)
+    DSCAP_EVENT_STREAM_FAILED = 3, // the camera could not start streaming
+};
+
+// Flags returned by dscap_notify.
+enum {
+    DSCAP_NOTIFY_REPAINT = 1, // a new frame is ready: repaint the view
+};
+
+// The application's side of the library. `window` is the opaque value given to
+// dscap_device; post may be called from any thread and must not block.
+typedef void (*dscap_post_fn)(void* window, unsigned message, std::uintptr_t wParam,
+                              std::intptr_t lParam);
+// Asks the user for the recording file on the caller's thread. Fills path (UTF-8, NUL
+// terminated) and returns 1, or returns 0 when the user cancels. The extension picks the
+// container: ".mkv" Matroska, anything else MP4.
+typedef int (*dscap_record_file_fn)(void* frameWindow, const char* suggestedPath, char* path,
+                                    std::size_t pathSize);
+
+struct dscap_hooks {
+    dscap_post_fn post;
+    dscap_record_file_fn recordFile;
+};
+
+// configHome nullptr: the user's XDG config folder. Camera settings are kept under the key
+// Software\company\app\dscap of that settings root. Returns 0 on success.
 int dscap_init(const char* configHome, const char* company, const char* app,
                const char* cameraModule, const char* secondCameraModule,
                const dscap_messages* messages);
-// The cameras present now, or nullptr when there are none; free with dscap_free_dsvi.
+void dscap_set_hooks(const dscap_hooks* hooks);
+
+// The cameras present now (real ones first, then the demo camera), or nullptr when there
+// are none; free with dscap_free_dsvi.
 dscap_dsvi* dscap_enum_device(int flags);
 void dscap_free_dsvi(dscap_dsvi* list);
+
+typedef struct dscap_device_s* dscap_handle;
+
+// Opens the camera; nullptr when it cannot be opened. The handle lives until dscap_stop.
+dscap_handle dscap_device(void* frameWindow, void* viewWindow, const dscap_dsvi* camera);
+int dscap_start(dscap_handle h, int a, int b, int c, int d, int e);
+// Stops preview and recording, keeps the camera's settings and releases the handle.
+int dscap_stop(dscap_handle h);
+ICameraControl* dscap_get_interface(dscap_handle h, int which);
+
+int dscap_fPreviewing(dscap_handle h);
+int dscap_fCapturing(dscap_handle h);
+int dscap_fSource(dscap_handle h);
+int dscap_can_grabber(dscap_handle h);
+int dscap_video_size(dscap_handle h, int* width, int* height);
+// Fills a packed bitmap block: a 40-byte info header and 24-bit bottom-up rows padded to 4
+// bytes, ((width * 24 + 31) / 32) * 4 * height + 40 bytes for the current video size.
+int dscap_grabber(dscap_handle h, void* dib, int a, int b, int c, int d, int e);
+
+// Asks the application for a file through the hook, then records until stopped.
+int dscap_start_capture(dscap_handle h);
+int dscap_stop_capture(dscap_handle h);
+
+// What the view draws: the newest processed frame, packed BGR rows top-down.
+struct dscap_image {
+    const std::uint8_t* bgr;
+    int width;
+    int height;
+    int stride;
+};
+typedef void (*dscap_draw_fn)(void* context, const dscap_image* image);
+// Calls draw with the newest frame, which stays untouched until draw returns. Returns 1
+// when there was a frame to draw.
+int dscap_draw(dscap_handle h, dscap_draw_fn draw, void* context);
+// Handles the notify message; returns DSCAP_NOTIFY_* flags.
+int dscap_notify(dscap_handle h, std::uintptr_t wParam, std::intptr_t lParam);
+
+// Frames per second the camera delivers and the view shows, over the last second.
+int dscap_get_property(dscap_handle h, double* cameraFps, double* shownFps);
+
+// Switches the picture size to the camera's resolution of that index.
+int dscap_set_esize(dscap_handle h, int index, int reserved);
+
+struct dscap_capability {
+    int width;
+    int height;
+};
+// The sizes the camera offers; free with dscap_free_capability. nullptr when none.
+dscap_capability* dscap_get_capability(dscap_handle h, int* count);
+void dscap_free_capability(dscap_capability* table);
+
+// The reason of the last failure of this camera (opening the stream, recording), as a
+// sentence; 0 when there is none.
+int dscap_last_error(dscap_handle h, char* text, std::size_t size);
+
+// Property dialogs: the sixteen commands from firstDialogCommand. The library has no
+// windows of its own, so these report what exists; showing them belongs to the caller.
+int dscap_fDialog(dscap_handle h, int command);
+int dscap_dialog(dscap_handle h, int command);
+int dscap_view_property(dscap_handle h, void* frameWindow);
 
 } // extern "C"

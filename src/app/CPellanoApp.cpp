@@ -12,6 +12,7 @@
 #include "browser/BrowserList.h"
 #include "browser/CMainFrame1.h"
 #include "browser/CView1.h"
+#include "camera/CaptureHooks.h"
 #include "dscap/dscap.h"
 #include "i18n/i18n.h"
 #include "imagelib/imagelib.h"
@@ -112,6 +113,7 @@ bool CPellanoApp::initInstance() {
     dscap_init(nullptr, m_company.toUtf8().constData(), m_app.toUtf8().constData(),
                m_cameraModule.toUtf8().constData(), m_secondCameraModule.toUtf8().constData(),
                &messages);
+    CaptureHooks::install();
 
     m_settings.setRegistryKey(m_company + u'\\' + m_app);
     m_settings.setProfileName(m_app);

@@ -1,0 +1,733 @@
+#include "dscap/core/Device.h"
+
+#include "dscap/core/CameraControl.h"
+#include "dscap/processing/AutoExposure.h"
+#include "dscap/processing/ColourTemperature.h"
+#include "dscap/processing/FrameProcessor.h"
+#include "dscap/processing/RegionStats.h"
+#include "dscap/record/VideoRecorder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <tuple>
+
+namespace dscap {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kReadTimeoutMs = 20; // how long a setting or a stop may wait for the thread
+constexpr auto kHistogramPeriod = std::chrono::milliseconds(100);
+constexpr auto kSavePeriod = std::chrono::seconds(2);
+constexpr std::uint32_t kMaxAutoExposureUs = 100000; // longer only with gain at its top
+constexpr int kSettleFrames = 2;       // frames until a new exposure shows in the picture
+constexpr int kWhiteBalanceRounds = 4; // for cameras that balance in the device
+
+Region clampRegion(Region r, int width, int height) {
+    r.left = std::clamp(r.left, 0, width);
+    r.right = std::clamp(r.right, 0, width);
+    r.top = std::clamp(r.top, 0, height);
+    r.bottom = std::clamp(r.bottom, 0, height);
+    if (r.right <= r.left || r.bottom <= r.top)
+        return defaultRegion(width, height);
+    return r;
+}
+
+Region scaleRegion(const Region& r, Resolution from, Resolution to) {
+    if (from.width <= 0 || from.height <= 0)
+        return {};
+    auto sx = [&](int v) {
+        return static_cast<int>(static_cast<long long>(v) * to.width / from.width);
+    };
+    auto sy = [&](int v) {
+        return static_cast<int>(static_cast<long long>(v) * to.height / from.height);
+    };
+    return {sx(r.left), sy(r.top), sx(r.right), sy(r.bottom)};
+}
+
+// The packed bitmap's info header: 40 bytes, little-endian, bottom-up 24-bit rows.
+void writeInfoHeader(std::uint8_t* p, int width, int height, std::uint32_t imageSize) {
+    auto put32 = [&](int offset, std::uint32_t v) {
+        for (int i = 0; i < 4; ++i)
+            p[offset + i] = static_cast<std::uint8_t>(v >> (8 * i));
+    };
+    std::memset(p, 0, 40);
+    put32(0, 40);
+    put32(4, static_cast<std::uint32_t>(width));
+    put32(8, static_cast<std::uint32_t>(height));
+    p[12] = 1;  // planes
+    p[14] = 24; // bits per pixel
+    put32(20, imageSize);
+}
+
+std::string suggestedRecordingPath() {
+    namespace fs = std::filesystem;
+    fs::path folder;
+    if (const char* home = std::getenv("HOME"); home && home[0] == '/') {
+        folder = home;
+        std::error_code ec;
+        if (fs::is_directory(folder / "Videos", ec))
+            folder /= "Videos";
+    }
+    const std::time_t now = std::time(nullptr);
+    std::tm tm{};
+    localtime_r(&now, &tm);
+    char name[64];
+    std::strftime(name, sizeof name, "Video %Y-%m-%d %H-%M-%S.mp4", &tm);
+    return (folder / name).string();
+}
+
+} // namespace
+
+Device::Device(CameraInfo info, std::unique_ptr<CameraSource> source, void* frameWindow,
+               void* viewWindow, DeviceContext context)
+    : info_(std::move(info)), source_(std::move(source)), frameWindow_(frameWindow),
+      viewWindow_(viewWindow), context_(std::move(context)), colour_(source_->isColour()),
+      features_(source_->features()), resolutions_(source_->resolutions()) {
+    ControlValues defaults;
+    defaults.exposureUs = source_->exposureRange().def;
+    defaults.gain = source_->gainRange().def;
+    defaults.speed = source_->defaultSpeed();
+    if (!(features_ & kFeatureExposureTime) && !(features_ & kFeatureNativeAutoExposure))
+        defaults.autoExposure = false;
+    values_ = defaults;
+    if (context_.settings) {
+        if (auto stored = context_.settings->load(info_.id, defaults))
+            values_ = *stored;
+    }
+    clampToSource(values_);
+}
+
+Device::~Device() {
+    stop();
+}
+
+ICameraControl* Device::control() {
+    std::lock_guard lock(mutex_);
+    if (!control_)
+        control_ = std::make_shared<CameraControl>(weak_from_this());
+    return control_.get();
+}
+
+std::shared_ptr<CameraControl> Device::controlObject() const {
+    std::lock_guard lock(mutex_);
+    return control_;
+}
+
+void Device::clampToSource(ControlValues& v) const {
+    const int count = static_cast<int>(resolutions_.size());
+    v.resolutionIndex = count > 0 ? std::clamp(v.resolutionIndex, 0, count - 1) : 0;
+    const auto time = source_->exposureRange();
+    const auto gain = source_->gainRange();
+    if (features_ & kFeatureExposureTime)
+        v.exposureUs = std::clamp(v.exposureUs, time.min, time.max);
+    if (features_ & kFeatureGain)
+        v.gain = std::clamp(v.gain, gain.min, gain.max);
+    v.speed = std::clamp(v.speed, 0, std::max(0, source_->maxSpeed()));
+    if (!colour_)
+        v.monochrome = true;
+    const Resolution size = count > 0 ? resolutions_[v.resolutionIndex] : Resolution{};
+    v.whiteBalanceRegion = clampRegion(v.whiteBalanceRegion, size.width, size.height);
+    v.exposureRegion = clampRegion(v.exposureRegion, size.width, size.height);
+}
+
+SensorSettings Device::sensorSettings(const ControlValues& v) const {
+    SensorSettings s;
+    s.exposureUs = v.exposureUs;
+    s.gain = v.gain;
+    s.nativeAutoExposure = v.autoExposure && !(features_ & kFeatureExposureTime) &&
+                           (features_ & kFeatureNativeAutoExposure);
+    s.lightSource = v.lightSource;
+    s.sampling = v.sampling;
+    s.speed = v.speed;
+    s.hue = v.hue;
+    s.saturation = v.saturation;
+    s.brightness = v.brightness;
+    s.contrast = v.contrast;
+    s.gamma = v.gamma;
+    s.horizontalFlip = v.horizontalFlip;
+    s.verticalFlip = v.verticalFlip;
+    s.temperature = v.temperature;
+    return s;
+}
+
+ControlValues Device::values() const {
+    std::lock_guard lock(mutex_);
+    return values_;
+}
+
+bool Device::hasSource() const {
+    std::lock_guard lock(mutex_);
+    return state_ != State::Closed && !lost_;
+}
+
+bool Device::previewing() const {
+    std::lock_guard lock(mutex_);
+    return state_ == State::Previewing && !lost_;
+}
+
+bool Device::recording() const {
+    return recording_.load();
+}
+
+std::string Device::lastError() const {
+    std::lock_guard lock(mutex_);
+    return error_;
+}
+
+void Device::setError(const std::string& error) {
+    std::lock_guard lock(mutex_);
+    error_ = error;
+}
+
+void Device::post(void* window, unsigned message, std::uintptr_t wParam,
+                  std::intptr_t lParam) const {
+    if (context_.hooks.post && message != 0)
+        context_.hooks.post(window, message, wParam, lParam);
+}
+
+bool Device::start() {
+    ControlValues v;
+    {
+        std::lock_guard lock(mutex_);
+        if (state_ != State::Opened || lost_)
+            return false;
+        v = values_;
+        appliedVersion_ = version_;
+    }
+    // No capture thread yet, so the source is ours on this thread.
+    source_->apply(sensorSettings(v));
+    realExposure_ = source_->realExposureTime();
+    if (!source_->start(v.resolutionIndex)) {
+        setError(source_->lastError());
+        return false;
+    }
+    {
+        std::lock_guard lock(mutex_);
+        state_ = State::Previewing;
+    }
+    stopRequested_ = false;
+    thread_ = std::thread([this] { run(); });
+    return true;
+}
+
+void Device::stop() {
+    stopRecording();
+    {
+        std::lock_guard lock(mutex_);
+        if (state_ == State::Closed)
+            return;
+        state_ = State::Closed;
+    }
+    stopRequested_ = true;
+    applied_.notify_all();
+    if (thread_.joinable())
+        thread_.join();
+    source_->stop();
+    saveSettings();
+    std::lock_guard lock(callbackMutex_);
+    callbacks_ = {};
+}
+
+void Device::saveSettings() {
+    if (context_.settings)
+        context_.settings->save(info_.id, values());
+}
+
+std::uint32_t Device::realExposureTime() {
+    std::unique_lock lock(mutex_);
+    if (state_ == State::Opened && appliedVersion_ != version_) {
+        // No capture thread: apply here so the answer is the camera's.
+        const ControlValues v = values_;
+        appliedVersion_ = version_;
+        lock.unlock();
+        source_->apply(sensorSettings(v));
+        realExposure_ = source_->realExposureTime();
+        return realExposure_;
+    }
+    if (state_ == State::Previewing && !lost_) {
+        // A new setting reaches the camera within a read; wait for it, briefly.
+        const std::uint64_t wanted = version_;
+        applied_.wait_for(lock, std::chrono::seconds(1),
+                          [&] { return appliedVersion_ >= wanted || stopRequested_ || lost_; });
+    }
+    return realExposure_;
+}
+
+void Device::applyPending(std::uint64_t& appliedVersion, FrameProcessor& processor) {
+    ControlValues v;
+    std::uint64_t version;
+    {
+        std::lock_guard lock(mutex_);
+        if (version_ == appliedVersion)
+            return;
+        v = values_;
+        version = version_;
+    }
+    source_->apply(sensorSettings(v));
+    realExposure_ = source_->realExposureTime();
+
+    ProcessingParams p;
+    const RgbGains gains = (features_ & kFeatureWhiteBalanceTemperature)
+                               ? whiteBalanceGains(kTemperatureDefault, v.tint)
+                               : whiteBalanceGains(v.temperature, v.tint);
+    if (colour_) {
+        p.gainB = gains.b;
+        p.gainG = gains.g;
+        p.gainR = gains.r;
+        if (!(features_ & kFeatureHue))
+            p.hue = v.hue;
+        if (!(features_ & kFeatureSaturation))
+            p.saturation = v.saturation;
+    }
+    if (!(features_ & kFeatureBrightness))
+        p.brightness = v.brightness;
+    if (!(features_ & kFeatureContrast))
+        p.contrast = v.contrast;
+    if (!(features_ & kFeatureGamma))
+        p.gamma = v.gamma;
+    p.low = v.low;
+    p.high = v.high;
+    p.monochrome = v.monochrome || !colour_;
+    if (!(features_ & kFeatureHorizontalFlip))
+        p.horizontalFlip = v.horizontalFlip;
+    if (!(features_ & kFeatureVerticalFlip))
+        p.verticalFlip = v.verticalFlip;
+    processor.setParams(p);
+
+    {
+        std::lock_guard lock(mutex_);
+        appliedVersion_ = version;
+    }
+    appliedVersion = version;
+    applied_.notify_all();
+}
+
+void Device::run() {
+    FrameProcessor processor;
+    Histogram histogram;
+    std::uint64_t appliedVersion = 0;
+    auto nextHistogram = Clock::now();
+    auto nextSave = Clock::now() + kSavePeriod;
+    std::uint64_t savedVersion = 0;
+    int sentWidth = 0, sentHeight = 0;
+
+    while (!stopRequested_) {
+        bool restart = false;
+        int index = 0;
+        {
+            std::lock_guard lock(mutex_);
+            restart = std::exchange(restart_, false);
+            index = values_.resolutionIndex;
+        }
+        if (restart) {
+            source_->stop();
+            appliedVersion = 0; // a reopened stream takes every setting again
+            applyPending(appliedVersion, processor);
+            if (!source_->start(index)) {
+                lose(DSCAP_EVENT_STREAM_FAILED, source_->lastError());
+                return;
+            }
+        }
+        applyPending(appliedVersion, processor);
+
+        SourceFrame frame;
+        const ReadStatus status = source_->read(frame, kReadTimeoutMs);
+        if (status == ReadStatus::Lost) {
+            lose(DSCAP_EVENT_DEVICE_LOST, source_->lastError());
+            return;
+        }
+        if (status != ReadStatus::Frame || !frame.bgr || frame.width <= 0 || frame.height <= 0)
+            continue;
+
+        cameraRate_.tick();
+        autoExposureStep(frame);
+        whiteBalanceStep(frame);
+
+        const auto now = Clock::now();
+        const bool wantHistogram = now >= nextHistogram;
+        if (wantHistogram)
+            nextHistogram = now + kHistogramPeriod;
+        Image& picture = exchange_.back();
+        processor.process(frame, picture, wantHistogram ? &histogram : nullptr);
+        recordFrame(picture, frame.timestampNs);
+        exchange_.publish();
+        frameWidth_ = picture.width();
+        frameHeight_ = picture.height();
+
+        if (picture.width() != sentWidth || picture.height() != sentHeight) {
+            const bool first = sentWidth == 0;
+            sentWidth = picture.width();
+            sentHeight = picture.height();
+            post(viewWindow_, context_.messages.videoSize, static_cast<std::uintptr_t>(sentWidth),
+                 sentHeight);
+            if (!first)
+                outputChanged();
+        }
+        if (!notifyPending_.exchange(true))
+            post(viewWindow_, context_.messages.notify, 0, 0);
+        if (wantHistogram)
+            deliverHistogram(histogram);
+
+        if (now >= nextSave) {
+            nextSave = now + kSavePeriod;
+            if (appliedVersion != savedVersion) {
+                savedVersion = appliedVersion;
+                saveSettings();
+            }
+        }
+    }
+}
+
+void Device::autoExposureStep(const SourceFrame& frame) {
+    if (!(features_ & kFeatureExposureTime))
+        return;
+    if (settleFrames_ > 0) {
+        --settleFrames_;
+        return;
+    }
+    ControlValues v = values();
+    if (!v.autoExposure)
+        return;
+    const RegionMeans means =
+        regionMeans(frame, clampRegion(v.exposureRegion, frame.width, frame.height));
+    if (!means.valid)
+        return;
+    AutoExposure::Limits limits;
+    limits.time = source_->exposureRange();
+    limits.gain = (features_ & kFeatureGain) ? source_->gainRange()
+                                             : ValueRange<std::uint16_t>{v.gain, v.gain, v.gain};
+    limits.maxAutoTimeUs = std::min(kMaxAutoExposureUs, limits.time.max);
+    limits.lightSource = (features_ & kFeatureLightSource) ? v.lightSource : kLightDc;
+    const Exposure current{v.exposureUs, v.gain};
+    const Exposure next = AutoExposure().step(means.luma, v.autoExposureTarget, current, limits);
+    if (next == current)
+        return;
+    const std::int32_t status = change([&](ControlValues& values) {
+        if (!values.autoExposure)
+            return ICameraControl::kNotAvailable; // switched off meanwhile: keep the user's
+        values.exposureUs = next.timeUs;
+        values.gain = next.gain;
+        return ICameraControl::kOk;
+    });
+    if (status < 0)
+        return;
+    settleFrames_ = kSettleFrames;
+    std::lock_guard lock(callbackMutex_);
+    if (callbacks_.exposure)
+        callbacks_.exposure(callbacks_.exposureContext);
+}
+
+std::int32_t Device::startWhiteBalance(DSCAP_WHITEBALANCE_CALLBACK cb, void* ctx) {
+    if (!colour_)
+        return ICameraControl::kNotSupported;
+    {
+        std::lock_guard lock(mutex_);
+        if (state_ != State::Previewing || lost_)
+            return ICameraControl::kNotAvailable;
+        whiteBalancePending_ = true;
+        whiteBalanceRounds_ = 0;
+    }
+    std::lock_guard lock(callbackMutex_);
+    callbacks_.whiteBalance = cb;
+    callbacks_.whiteBalanceContext = ctx;
+    return ICameraControl::kOk;
+}
+
+void Device::whiteBalanceStep(const SourceFrame& frame) {
+    if (whiteBalanceWait_ > 0) {
+        --whiteBalanceWait_;
+        return;
+    }
+    ControlValues v;
+    int round = 0;
+    {
+        std::lock_guard lock(mutex_);
+        if (!whiteBalancePending_ || appliedVersion_ != version_)
+            return;
+        v = values_;
+        round = ++whiteBalanceRounds_;
+    }
+    const RegionMeans means =
+        regionMeans(frame, clampRegion(v.whiteBalanceRegion, frame.width, frame.height));
+    if (!means.valid)
+        return;
+    int temperature = 0, tint = 0;
+    if (features_ & kFeatureWhiteBalanceTemperature) {
+        // The device applied its own balance for the current temperature: take it out to
+        // get what the sensor saw, and look again after the new one has reached the picture.
+        const double hi = std::max(means.b, means.r);
+        const bool balanced = hi > 0 && std::abs(means.b - means.r) / hi < 0.02;
+        const RgbGains in = whiteBalanceGains(v.temperature, kTintDefault);
+        std::tie(temperature, tint) =
+            tempTintForNeutral(means.b / in.b, means.g / in.g, means.r / in.r);
+        if (balanced || round > kWhiteBalanceRounds) {
+            temperature = v.temperature;
+        } else {
+            change([&](ControlValues& values) {
+                values.temperature = temperature;
+                values.tint = tint;
+                return ICameraControl::kOk;
+            });
+            whiteBalanceWait_ = kSettleFrames;
+            return;
+        }
+    } else {
+        std::tie(temperature, tint) = tempTintForNeutral(means.b, means.g, means.r);
+    }
+    change([&](ControlValues& values) {
+        values.temperature = temperature;
+        values.tint = tint;
+        return ICameraControl::kOk;
+    });
+    {
+        std::lock_guard lock(mutex_);
+        whiteBalancePending_ = false;
+    }
+    std::lock_guard lock(callbackMutex_);
+    if (callbacks_.whiteBalance)
+        callbacks_.whiteBalance(temperature, tint, callbacks_.whiteBalanceContext);
+    callbacks_.whiteBalance = nullptr;
+    callbacks_.whiteBalanceContext = nullptr;
+}
+
+void Device::deliverHistogram(const Histogram& histogram) {
+    {
+        std::lock_guard lock(mutex_);
+        lastHistogram_ = histogram;
+        hasHistogram_ = true;
+    }
+    std::lock_guard lock(callbackMutex_);
+    if (callbacks_.histogram)
+        callbacks_.histogram(histogram.bins[kBlue].data(), histogram.bins[kGreen].data(),
+                             histogram.bins[kRed].data(), histogram.bins[kGrey].data(),
+                             callbacks_.histogramContext);
+}
+
+const Histogram* Device::lastHistogram(Histogram& copy) const {
+    std::lock_guard lock(mutex_);
+    if (!hasHistogram_)
+        return nullptr;
+    copy = lastHistogram_;
+    return &copy;
+}
+
+void Device::setHistogramCallback(DSCAP_HISTOGRAM_CALLBACK cb, void* ctx) {
+    std::lock_guard lock(callbackMutex_);
+    callbacks_.histogram = cb;
+    callbacks_.histogramContext = cb ? ctx : nullptr;
+}
+
+void Device::setExposureCallback(DSCAP_EXPOSURE_CALLBACK cb, void* ctx) {
+    std::lock_guard lock(callbackMutex_);
+    callbacks_.exposure = cb;
+    callbacks_.exposureContext = cb ? ctx : nullptr;
+}
+
+void Device::setNotifyCallback(DSCAP_NOTIFY_CALLBACK cb, void* ctx) {
+    std::lock_guard lock(callbackMutex_);
+    callbacks_.notify = cb;
+    callbacks_.notifyContext = cb ? ctx : nullptr;
+}
+
+void Device::outputChanged() {
+    std::lock_guard lock(callbackMutex_);
+    if (callbacks_.notify)
+        callbacks_.notify(callbacks_.notifyContext);
+}
+
+void Device::recordFrame(const Image& picture, std::int64_t timestampNs) {
+    if (!recording_)
+        return;
+    std::unique_lock lock(recordMutex_);
+    if (!recorder_)
+        return;
+    recorder_->push(picture.data(), picture.stride(), timestampNs);
+    if (!recorder_->failed())
+        return;
+    const std::string error = recorder_->error();
+    std::unique_ptr<VideoRecorder> recorder = std::move(recorder_);
+    recording_ = false;
+    lock.unlock();
+    recorder->close();
+    setError(error);
+    post(viewWindow_, context_.messages.recording, 0, 0);
+    post(frameWindow_, context_.messages.event, DSCAP_EVENT_RECORD_FAILED, 0);
+}
+
+void Device::lose(int event, const std::string& error) {
+    {
+        std::lock_guard lock(mutex_);
+        lost_ = true;
+        error_ = error;
+        whiteBalancePending_ = false;
+    }
+    applied_.notify_all();
+    std::unique_ptr<VideoRecorder> recorder;
+    {
+        std::lock_guard lock(recordMutex_);
+        recorder = std::move(recorder_);
+        recording_ = false;
+    }
+    if (recorder) {
+        recorder->close();
+        post(viewWindow_, context_.messages.recording, 0, 0);
+    }
+    post(frameWindow_, context_.messages.event, static_cast<std::uintptr_t>(event), 0);
+}
+
+bool Device::canGrab() {
+    if (!hasSource())
+        return false;
+    return exchange_.readNewest([](const Image&, bool) {});
+}
+
+bool Device::videoSize(int& width, int& height) {
+    if (!hasSource())
+        return false;
+    int w = 0, h = 0;
+    if (!exchange_.readNewest([&](const Image& picture, bool) {
+            w = picture.width();
+            h = picture.height();
+        })) {
+        const ControlValues v = values();
+        if (resolutions_.empty())
+            return false;
+        w = resolutions_[v.resolutionIndex].width;
+        h = resolutions_[v.resolutionIndex].height;
+    }
+    if (w <= 0 || h <= 0)
+        return false;
+    width = reportedWidth_ = w;
+    height = reportedHeight_ = h;
+    return true;
+}
+
+bool Device::grab(void* dib) {
+    if (!dib || !hasSource())
+        return false;
+    bool ok = false;
+    exchange_.readNewest([&](const Image& picture, bool) {
+        // The caller sized the block from the last dscap_video_size; a picture of another
+        // size would not fit.
+        if (picture.width() != reportedWidth_ || picture.height() != reportedHeight_)
+            return;
+        const int w = picture.width(), h = picture.height();
+        const std::size_t stride = ((static_cast<std::size_t>(w) * 24 + 31) / 32) * 4;
+        auto* out = static_cast<std::uint8_t*>(dib);
+        writeInfoHeader(out, w, h, static_cast<std::uint32_t>(stride * h));
+        std::uint8_t* rows = out + 40;
+        const std::size_t used = static_cast<std::size_t>(w) * 3;
+        for (int y = 0; y < h; ++y) {
+            std::uint8_t* dst = rows + stride * static_cast<std::size_t>(h - 1 - y);
+            std::memcpy(dst, picture.row(y), used);
+            std::memset(dst + used, 0, stride - used);
+        }
+        ok = true;
+    });
+    return ok;
+}
+
+bool Device::draw(dscap_draw_fn paint, void* context) {
+    if (!paint)
+        return false;
+    return exchange_.readNewest([&](const Image& picture, bool isNew) {
+        if (isNew)
+            shownRate_.tick();
+        const dscap_image image{picture.data(), picture.width(), picture.height(),
+                                picture.stride()};
+        paint(context, &image);
+    });
+}
+
+int Device::notify() {
+    notifyPending_ = false;
+    return DSCAP_NOTIFY_REPAINT;
+}
+
+void Device::frameRates(double& camera, double& shown) {
+    camera = cameraRate_.perSecond();
+    shown = shownRate_.perSecond();
+}
+
+bool Device::setResolution(int index) {
+    if (recording_)
+        return false;
+    {
+        std::lock_guard lock(mutex_);
+        if (state_ == State::Closed || lost_ || index < 0 ||
+            index >= static_cast<int>(resolutions_.size()))
+            return false;
+        if (index == values_.resolutionIndex)
+            return true;
+        const Resolution from = resolutions_[values_.resolutionIndex];
+        const Resolution to = resolutions_[index];
+        values_.resolutionIndex = index;
+        values_.whiteBalanceRegion =
+            clampRegion(scaleRegion(values_.whiteBalanceRegion, from, to), to.width, to.height);
+        values_.exposureRegion =
+            clampRegion(scaleRegion(values_.exposureRegion, from, to), to.width, to.height);
+        ++version_;
+        if (state_ == State::Previewing)
+            restart_ = true;
+    }
+    return true;
+}
+
+bool Device::startRecording() {
+    if (!previewing() || recording_)
+        return false;
+    int width = frameWidth_, height = frameHeight_;
+    if (width <= 0 || height <= 0) {
+        setError("There is no picture to record yet.");
+        return false;
+    }
+    if (!context_.hooks.recordFile)
+        return false;
+    char path[4096] = {};
+    const std::string suggested = suggestedRecordingPath();
+    if (!context_.hooks.recordFile(frameWindow_, suggested.c_str(), path, sizeof path) || !path[0])
+        return false;
+    VideoRecorder::Options options;
+    options.path = path;
+    options.width = width;
+    options.height = height;
+    double camera = 0, shown = 0;
+    frameRates(camera, shown);
+    options.fps = camera > 0 ? camera : 30.0;
+    std::string error;
+    std::unique_ptr<VideoRecorder> recorder = VideoRecorder::open(options, error);
+    if (!recorder) {
+        setError(error);
+        return false;
+    }
+    {
+        std::lock_guard lock(recordMutex_);
+        recorder_ = std::move(recorder);
+        recording_ = true;
+    }
+    post(viewWindow_, context_.messages.recording, 1, 0);
+    return true;
+}
+
+bool Device::stopRecording() {
+    std::unique_ptr<VideoRecorder> recorder;
+    {
+        std::lock_guard lock(recordMutex_);
+        recorder = std::move(recorder_);
+        recording_ = false;
+    }
+    if (!recorder)
+        return false;
+    recorder->close();
+    post(viewWindow_, context_.messages.recording, 0, 0);
+    return true;
+}
+
+} // namespace dscap

@@ -1,0 +1,171 @@
+#pragma once
+
+#include "dscap/ICameraControl.h"
+#include "dscap/core/CameraSettings.h"
+#include "dscap/core/CameraSource.h"
+#include "dscap/core/ControlValues.h"
+#include "dscap/core/FrameExchange.h"
+#include "dscap/core/FrameRateMeter.h"
+#include "dscap/dscap.h"
+#include "dscap/processing/Histogram.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace dscap {
+
+class CameraControl;
+class VideoRecorder;
+
+// What a device needs from the library: where to post, what to post, where settings live.
+struct DeviceContext {
+    dscap_messages messages{};
+    dscap_hooks hooks{};
+    std::shared_ptr<const CameraSettings> settings;
+};
+
+// One opened camera: its state (opened, previewing, recording, closed), its capture
+// thread, the newest processed frame, the recorder and the values of the control interface.
+// Every public call is safe in any state; calls in the wrong state fail.
+class Device : public std::enable_shared_from_this<Device> {
+public:
+    enum class State { Opened, Previewing, Closed };
+
+    Device(CameraInfo info, std::unique_ptr<CameraSource> source, void* frameWindow,
+           void* viewWindow, DeviceContext context);
+    ~Device();
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+
+    // Made once, after the device is owned by a shared_ptr.
+    ICameraControl* control();
+    std::shared_ptr<CameraControl> controlObject() const;
+
+    bool start();
+    // Stops recording and preview, keeps the settings; the device is closed for good.
+    void stop();
+
+    bool previewing() const;
+    bool recording() const;
+    bool hasSource() const;
+    bool canGrab();
+    bool videoSize(int& width, int& height);
+    bool grab(void* dib);
+    bool draw(dscap_draw_fn paint, void* context);
+    int notify();
+    void frameRates(double& camera, double& shown);
+    bool setResolution(int index);
+    bool startRecording();
+    bool stopRecording();
+    std::vector<Resolution> resolutions() const { return resolutions_; }
+    std::string lastError() const;
+
+    // For the control interface.
+    const CameraSource& source() const { return *source_; }
+    bool isColour() const { return colour_; }
+    ControlValues values() const;
+    // Runs change(values) under the lock; a change that returns a negative status is
+    // dropped, any other is applied to the camera.
+    template <typename F> std::int32_t change(F&& change);
+    std::uint32_t realExposureTime();
+    const Histogram* lastHistogram(Histogram& copy) const;
+    std::int32_t startWhiteBalance(DSCAP_WHITEBALANCE_CALLBACK cb, void* ctx);
+    void setHistogramCallback(DSCAP_HISTOGRAM_CALLBACK cb, void* ctx);
+    void setExposureCallback(DSCAP_EXPOSURE_CALLBACK cb, void* ctx);
+    void setNotifyCallback(DSCAP_NOTIFY_CALLBACK cb, void* ctx);
+    // The output changed shape or colour (grey, resolution): tell whoever listens.
+    void outputChanged();
+
+private:
+    struct Callbacks {
+        DSCAP_HISTOGRAM_CALLBACK histogram = nullptr;
+        void* histogramContext = nullptr;
+        DSCAP_EXPOSURE_CALLBACK exposure = nullptr;
+        void* exposureContext = nullptr;
+        DSCAP_NOTIFY_CALLBACK notify = nullptr;
+        void* notifyContext = nullptr;
+        DSCAP_WHITEBALANCE_CALLBACK whiteBalance = nullptr;
+        void* whiteBalanceContext = nullptr;
+    };
+
+    void run();
+    void applyPending(std::uint64_t& appliedVersion, class FrameProcessor& processor);
+    void autoExposureStep(const SourceFrame& frame);
+    void whiteBalanceStep(const SourceFrame& frame);
+    void deliverHistogram(const Histogram& histogram);
+    void recordFrame(const Image& picture, std::int64_t timestampNs);
+    void finishRecording(bool failed, const std::string& error);
+    void lose(int event, const std::string& error);
+    void post(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) const;
+    SensorSettings sensorSettings(const ControlValues& v) const;
+    void clampToSource(ControlValues& v) const;
+    void saveSettings();
+    void setError(const std::string& error);
+
+    const CameraInfo info_;
+    const std::unique_ptr<CameraSource> source_;
+    void* const frameWindow_;
+    void* const viewWindow_;
+    const DeviceContext context_;
+    const bool colour_;
+    const std::uint32_t features_;
+    const std::vector<Resolution> resolutions_;
+    std::shared_ptr<CameraControl> control_;
+
+    mutable std::mutex mutex_; // guards the fields below up to the next blank line
+    State state_ = State::Opened;
+    ControlValues values_;
+    std::uint64_t version_ = 1; // bumped by every change of values_
+    std::uint64_t appliedVersion_ = 0;
+    bool restart_ = false; // the capture thread is to reopen the stream (new resolution)
+    bool whiteBalancePending_ = false;
+    int whiteBalanceRounds_ = 0;
+    bool lost_ = false;
+    std::string error_;
+    Histogram lastHistogram_;
+    bool hasHistogram_ = false;
+    std::condition_variable applied_;
+
+    std::recursive_mutex callbackMutex_; // callbacks run under it, so removal is final
+    Callbacks callbacks_;
+
+    std::mutex recordMutex_;
+    std::unique_ptr<VideoRecorder> recorder_;
+    std::atomic<bool> recording_{false};
+
+    std::atomic<bool> stopRequested_{false};
+    std::atomic<bool> notifyPending_{false};
+    std::atomic<std::uint32_t> realExposure_{0};
+    std::atomic<int> frameWidth_{0};
+    std::atomic<int> frameHeight_{0};
+    int reportedWidth_ = 0; // the caller's thread: the size dscap_video_size last gave
+    int reportedHeight_ = 0;
+    int settleFrames_ = 0; // capture thread: frames to wait before measuring again
+    int whiteBalanceWait_ = 0;
+    FrameExchange exchange_;
+    FrameRateMeter cameraRate_;
+    FrameRateMeter shownRate_;
+    std::thread thread_;
+};
+
+template <typename F> std::int32_t Device::change(F&& change) {
+    std::unique_lock lock(mutex_);
+    if (state_ == State::Closed || lost_)
+        return ICameraControl::kNotAvailable;
+    ControlValues next = values_;
+    const std::int32_t status = change(next);
+    if (status < 0)
+        return status;
+    if (!(next == values_)) {
+        values_ = next;
+        ++version_;
+    }
+    return status;
+}
+
+} // namespace dscap

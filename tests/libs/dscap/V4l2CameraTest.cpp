@@ -1,0 +1,480 @@
+#include "FakeV4l2System.h"
+#include "dscap/v4l2/MjpegDecoder.h"
+#include "dscap/v4l2/V4l2Provider.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <thread>
+
+using namespace dscap;
+using namespace dscap::v4l2;
+
+namespace {
+
+const std::string kNode = "/dev/video0";
+const std::string kStable = "usb-Acme_Microscope_0001-video-index0";
+const std::string kId = "v4l2:" + kStable;
+
+// Red, green, blue and white quarters: a swapped channel, a flip or a wrong stride shows.
+constexpr std::uint8_t kQuarters[4][3] = {
+    {40, 40, 220}, {40, 200, 40}, {210, 50, 50}, {230, 230, 230}};
+
+Bytes quarters(int width, int height) {
+    Bytes bgr(std::size_t(width) * height * 3);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const auto& c = kQuarters[(y >= height / 2) * 2 + (x >= width / 2)];
+            std::copy(c, c + 3, &bgr[(std::size_t(y) * width + x) * 3]);
+        }
+    }
+    return bgr;
+}
+
+void expectQuarters(const SourceFrame& f, int tolerance) {
+    for (int q = 0; q < 4; ++q) {
+        const int x = f.width / 4 + (q % 2) * f.width / 2;
+        const int y = f.height / 4 + (q / 2) * f.height / 2;
+        const std::uint8_t* p = f.bgr + std::size_t(y) * f.stride + x * 3;
+        for (int c = 0; c < 3; ++c)
+            EXPECT_NEAR(p[c], kQuarters[q][c], tolerance) << "quarter " << q << " channel " << c;
+    }
+}
+
+struct Rig {
+    std::shared_ptr<FakeV4l2System> system = std::make_shared<FakeV4l2System>();
+    std::unique_ptr<CameraProvider> provider = makeV4l2Provider(system);
+    std::unique_ptr<CameraSource> camera;
+
+    explicit Rig(FakeNode node = FakeV4l2System::webcam(kNode, kStable)) {
+        system->addNode(std::move(node));
+        std::string error;
+        camera = provider->open(kId, error);
+        EXPECT_TRUE(camera) << error;
+    }
+
+    int indexOf(int width, int height) const {
+        const auto r = camera->resolutions();
+        for (std::size_t i = 0; i < r.size(); ++i) {
+            if (r[i] == Resolution{width, height})
+                return int(i);
+        }
+        return -1;
+    }
+
+    ReadStatus read(SourceFrame& f) { return camera->read(f, 2000); }
+};
+
+FakeNode node(std::string path, std::string stable, std::string card, std::uint32_t caps) {
+    FakeNode n = FakeV4l2System::webcam(std::move(path), std::move(stable), std::move(card));
+    n.capabilities = caps;
+    n.deviceCaps = caps;
+    return n;
+}
+
+} // namespace
+
+TEST(V4l2Provider, ListsStreamingCaptureNodesWithStableIdsAndDistinctNames) {
+    auto system = std::make_shared<FakeV4l2System>();
+    const std::uint32_t capture = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
+    system->addNode(node("/dev/video0", "usb-Acme-video-index0", "Acme Microscope", capture));
+    // The camera's metadata node shares the card's capabilities but not the node's own.
+    FakeNode meta = node("/dev/video1", "usb-Acme-video-index1", "Acme Microscope",
+                         V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING);
+    meta.capabilities = capture | V4L2_CAP_META_CAPTURE;
+    system->addNode(meta);
+    system->addNode(node("/dev/video2", "pci-0000:00:14.0-usb-0:2:1.0-video-index0",
+                         "Acme Microscope", capture));
+    FakeNode old = node("/dev/video3", "", "Old Cam", capture);
+    old.deviceCaps.reset();
+    system->addNode(old);
+    system->addNode(
+        node("/dev/video4", "", "Read Only", V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_READWRITE));
+    system->addNode(node("/dev/video5", "", "Encoder", V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_STREAMING));
+    FakeNode busy = node("/dev/video6", "", "Locked", capture);
+    busy.openError = EACCES;
+    system->addNode(busy);
+
+    const auto cameras = makeV4l2Provider(system)->list();
+    ASSERT_EQ(cameras.size(), 3u);
+    EXPECT_EQ(cameras[0].id, "v4l2:usb-Acme-video-index0");
+    EXPECT_EQ(cameras[0].name, "Acme Microscope");
+    EXPECT_EQ(cameras[1].id, "v4l2:pci-0000:00:14.0-usb-0:2:1.0-video-index0");
+    EXPECT_EQ(cameras[1].name, "Acme Microscope (2)");
+    EXPECT_EQ(cameras[2].id, "v4l2:/dev/video3");
+    EXPECT_EQ(cameras[2].name, "Old Cam");
+    EXPECT_EQ(cameras[2].value, 0u);
+    EXPECT_EQ(system->state("/dev/video0").openHandles, 0) << "listing leaves nodes closed";
+}
+
+TEST(V4l2Provider, OpensByIdWhereverTheNodeMovedAndExplainsFailures) {
+    Rig rig;
+    rig.camera.reset();
+    rig.system->moveNode(kStable, "/dev/video7");
+    std::string error;
+    auto camera = rig.provider->open(kId, error);
+    ASSERT_TRUE(camera) << error;
+    ASSERT_TRUE(camera->start(0));
+    EXPECT_TRUE(rig.system->state("/dev/video7").streaming);
+    camera.reset();
+
+    EXPECT_FALSE(rig.provider->open("v4l2:usb-Nobody-video-index0", error));
+    EXPECT_EQ(error, "The camera is not connected.");
+    rig.system->setOpenError("/dev/video7", EBUSY);
+    EXPECT_FALSE(rig.provider->open(kId, error));
+    EXPECT_EQ(error, "The camera is busy: another program is using it.");
+}
+
+TEST(V4l2Camera, OffersDecodableSizesLargestFirstAndPicksTheFormatPerSize) {
+    Rig rig;
+    const std::vector<Resolution> expected = {{1920, 1080}, {1280, 720}, {800, 600}, {640, 480}};
+    EXPECT_EQ(rig.camera->resolutions(), expected) << "H.264-only 3840x2160 is not offered";
+    struct Case {
+        Resolution size;
+        std::uint32_t format;
+    } cases[] = {
+        {{1920, 1080}, V4L2_PIX_FMT_MJPEG}, // large: MJPEG even though YUYV has the size
+        {{1280, 720}, V4L2_PIX_FMT_MJPEG},
+        {{800, 600}, V4L2_PIX_FMT_MJPEG}, // small but MJPEG is faster (30 against 10 fps)
+        {{640, 480}, V4L2_PIX_FMT_YUYV},  // small and as fast: no decoding cost
+    };
+    for (const Case& c : cases) {
+        ASSERT_TRUE(rig.camera->start(rig.indexOf(c.size.width, c.size.height)));
+        const FakeStreamState s = rig.system->state(kNode);
+        EXPECT_EQ(s.pixelFormat, c.format) << c.size.width;
+        EXPECT_EQ(s.width, c.size.width);
+        SourceFrame f;
+        ASSERT_EQ(rig.read(f), ReadStatus::Frame) << rig.camera->lastError();
+        EXPECT_EQ(f.width, c.size.width);
+        EXPECT_EQ(f.stride, c.size.width * 3);
+        rig.camera->stop();
+    }
+}
+
+TEST(V4l2Camera, OffersCommonSizesWithinAStepwiseRange) {
+    FakeNode n = FakeV4l2System::webcam(kNode, kStable);
+    n.formats = {{V4L2_PIX_FMT_YUYV, {}, FakeStepwise{160, 1280, 16, 120, 960, 8}}};
+    Rig rig(n);
+    const std::vector<Resolution> expected = {{1280, 960}, {1280, 720}, {1024, 768},
+                                              {800, 600},  {640, 480},  {320, 240}};
+    EXPECT_EQ(rig.camera->resolutions(), expected);
+    EXPECT_FALSE(rig.camera->features() & kFeatureSpeed);
+}
+
+TEST(V4l2Camera, DecodesMjpegAndYuyvFramesToTheirColours) {
+    Rig rig;
+    const Bytes big = quarters(1920, 1080);
+    const Bytes small = quarters(640, 480);
+    rig.system->setFrames(kNode, V4L2_PIX_FMT_MJPEG, 1920, 1080,
+                          {FakeV4l2System::makeMjpeg(big.data(), 1920, 1080, 80)});
+    rig.system->setFrames(kNode, V4L2_PIX_FMT_YUYV, 640, 480,
+                          {FakeV4l2System::makeYuyv(small.data(), 640, 480)});
+    SourceFrame f;
+    ASSERT_TRUE(rig.camera->start(rig.indexOf(1920, 1080)));
+    ASSERT_EQ(rig.read(f), ReadStatus::Frame) << rig.camera->lastError();
+    expectQuarters(f, 6);
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    EXPECT_NEAR(double(f.timestampNs) / 1e9, double(now.tv_sec) + now.tv_nsec / 1e9, 1.0);
+
+    ASSERT_TRUE(rig.camera->start(rig.indexOf(640, 480)));
+    ASSERT_EQ(rig.read(f), ReadStatus::Frame) << rig.camera->lastError();
+    // libv4lconvert's integer YUV maths is coarse on saturated blue.
+    expectQuarters(f, 24);
+}
+
+TEST(V4l2Camera, SkipsBadFramesAndDecodesTheNextOne) {
+    struct Case {
+        Resolution size;
+        FakeFault fault;
+    } cases[] = {
+        {{1920, 1080}, FakeFault::Corrupt}, {{1920, 1080}, FakeFault::ErrorFlag},
+        {{1920, 1080}, FakeFault::Empty},   {{640, 480}, FakeFault::Short},
+        {{640, 480}, FakeFault::Corrupt},   {{640, 480}, FakeFault::ErrorFlag},
+    };
+    for (const Case& c : cases) {
+        Rig rig;
+        rig.system->setFrameFault(kNode, 1, c.fault);
+        ASSERT_TRUE(rig.camera->start(rig.indexOf(c.size.width, c.size.height)));
+        SourceFrame f;
+        const int fault = int(c.fault);
+        ASSERT_EQ(rig.read(f), ReadStatus::Frame) << fault;
+        const std::uint8_t* first = f.bgr;
+        const bool colour = c.fault == FakeFault::Corrupt && c.size.width == 640;
+        // Noise in an uncompressed frame is still a picture; everything else is refused.
+        EXPECT_EQ(rig.read(f), colour ? ReadStatus::Frame : ReadStatus::Skipped) << fault;
+        ASSERT_EQ(rig.read(f), ReadStatus::Frame) << fault;
+        EXPECT_EQ(f.width, c.size.width);
+        if (!colour) {
+            EXPECT_NE(f.bgr, first) << "frames alternate between two buffers";
+        }
+    }
+}
+
+TEST(MjpegDecoder, AcceptsWholeFramesOnly) {
+    constexpr int kW = 320;
+    constexpr int kH = 240;
+    Bytes bgr = quarters(kW, kH);
+    for (std::size_t k = 0; k < bgr.size(); k += 7)
+        bgr[k] = std::uint8_t(bgr[k] + k % 11); // texture, so there is entropy data to damage
+    const Bytes whole = FakeV4l2System::makeMjpeg(bgr.data(), kW, kH, 80);
+    // Motion-JPEG as many cameras send it: no Huffman tables, the decoder's standard ones.
+    Bytes noTables(whole.begin(), whole.begin() + 2);
+    std::size_t i = 2;
+    while (whole[i] == 0xFF && whole[i + 1] != 0xDA) {
+        const std::size_t length = 2 + (whole[i + 2] << 8 | whole[i + 3]);
+        if (whole[i + 1] != 0xC4)
+            noTables.insert(noTables.end(), whole.begin() + i, whole.begin() + i + length);
+        i += length;
+    }
+    noTables.insert(noTables.end(), whole.begin() + i, whole.end());
+    ASSERT_LT(noTables.size(), whole.size());
+    Bytes padded = whole;
+    padded.resize(whole.size() + 300, 0);
+    // Stray bytes before the end marker, which many cameras send with every frame.
+    Bytes stray(whole.begin(), whole.end() - 2);
+    stray.insert(stray.end(), {0x12, 0x34, 0x56, 0xFF, 0xD9});
+    Bytes cut(whole.begin(), whole.begin() + whole.size() * 2 / 3);
+    // Flipped bits in the entropy data: decoding ends early with much of the data unread.
+    Bytes damaged = whole;
+    for (std::size_t k = whole.size() * 2 / 3; k < whole.size() * 2 / 3 + 40; ++k)
+        damaged[k] ^= 0x5A;
+    const Bytes garbage(500, 0xA7);
+    Bytes brokenHeader = garbage;
+    brokenHeader[0] = 0xFF;
+    brokenHeader[1] = 0xD8;
+
+    struct Case {
+        const char* name;
+        const Bytes* data;
+        int width;
+        bool ok;
+    } cases[] = {
+        {"broken header", &brokenHeader, kW, false}, // and the decoder recovers from it
+        {"whole", &whole, kW, true},
+        {"without Huffman tables", &noTables, kW, true},
+        {"padded", &padded, kW, true},
+        {"stray bytes", &stray, kW, true},
+        {"cut short", &cut, kW, false},
+        {"damaged", &damaged, kW, false},
+        {"garbage", &garbage, kW, false},
+        {"other size", &whole, kW / 2, false},
+    };
+    MjpegDecoder decoder;
+    Bytes out(kW * kH * 3);
+    for (const Case& c : cases) {
+        EXPECT_EQ(decoder.decode(c.data->data(), c.data->size(), c.width, kH, out.data()), c.ok)
+            << c.name;
+    }
+    ASSERT_TRUE(decoder.decode(noTables.data(), noTables.size(), kW, kH, out.data()));
+    expectQuarters({out.data(), kW, kH, kW * 3, 0}, 8);
+}
+
+TEST(V4l2Camera, MapsSettingsOntoDeviceControlsWritingOnlyWhatChanged) {
+    Rig rig;
+    EXPECT_EQ(rig.camera->exposureRange().min, 100u);
+    EXPECT_EQ(rig.camera->exposureRange().max, 500000u);
+    EXPECT_EQ(rig.camera->exposureRange().def, 15600u);
+    EXPECT_EQ(rig.camera->gainRange().min, 100);
+    EXPECT_EQ(rig.camera->gainRange().max, 200);
+    EXPECT_EQ(rig.camera->gainRange().def, 100);
+
+    const SensorSettings base;
+    rig.camera->apply(base);
+    const auto first = rig.system->controlWrites(kNode);
+    // Manual exposure before the time, automatic white balance off before the temperature.
+    const auto at = [&](std::uint32_t id) {
+        return std::find_if(first.begin(), first.end(), [&](auto& w) { return w.id == id; }) -
+               first.begin();
+    };
+    EXPECT_LT(at(V4L2_CID_EXPOSURE_AUTO), at(V4L2_CID_EXPOSURE_ABSOLUTE));
+    EXPECT_LT(at(V4L2_CID_AUTO_WHITE_BALANCE), at(V4L2_CID_WHITE_BALANCE_TEMPERATURE));
+    EXPECT_EQ(rig.system->controlValue(kNode, V4L2_CID_EXPOSURE_AUTO), V4L2_EXPOSURE_MANUAL);
+    EXPECT_EQ(rig.system->controlValue(kNode, V4L2_CID_AUTO_WHITE_BALANCE), 0);
+
+    struct Case {
+        void (*change)(SensorSettings&);
+        std::uint32_t id;
+        std::int32_t value;
+    } cases[] = {
+        {[](SensorSettings& s) { s.exposureUs = 10000; }, V4L2_CID_EXPOSURE_ABSOLUTE, 100},
+        {[](SensorSettings& s) { s.exposureUs = 15049; }, V4L2_CID_EXPOSURE_ABSOLUTE, 150},
+        {[](SensorSettings& s) { s.gain = 150; }, V4L2_CID_GAIN, 50},
+        {[](SensorSettings& s) { s.gain = 200; }, V4L2_CID_GAIN, 100},
+        {[](SensorSettings& s) { s.lightSource = kLightAc60Hz; }, V4L2_CID_POWER_LINE_FREQUENCY, 2},
+        {[](SensorSettings& s) { s.lightSource = kLightDc; }, V4L2_CID_POWER_LINE_FREQUENCY, 0},
+        {[](SensorSettings& s) { s.hue = -180; }, V4L2_CID_HUE, -40},
+        {[](SensorSettings& s) { s.hue = 90; }, V4L2_CID_HUE, 20},
+        {[](SensorSettings& s) { s.saturation = 255; }, V4L2_CID_SATURATION, 128},
+        {[](SensorSettings& s) { s.saturation = 64; }, V4L2_CID_SATURATION, 32},
+        {[](SensorSettings& s) { s.saturation = 192; }, V4L2_CID_SATURATION, 96},
+        {[](SensorSettings& s) { s.brightness = -64; }, V4L2_CID_BRIGHTNESS, -64},
+        {[](SensorSettings& s) { s.contrast = -100; }, V4L2_CID_CONTRAST, 0},
+        {[](SensorSettings& s) { s.contrast = 50; }, V4L2_CID_CONTRAST, 48},
+        {[](SensorSettings& s) { s.gamma = 20; }, V4L2_CID_GAMMA, 72},
+        {[](SensorSettings& s) { s.gamma = 140; }, V4L2_CID_GAMMA, 300},
+        {[](SensorSettings& s) { s.gamma = 180; }, V4L2_CID_GAMMA, 500},
+        {[](SensorSettings& s) { s.horizontalFlip = true; }, V4L2_CID_HFLIP, 1},
+        {[](SensorSettings& s) { s.verticalFlip = true; }, V4L2_CID_VFLIP, 1},
+        {[](SensorSettings& s) { s.temperature = 3200; }, V4L2_CID_WHITE_BALANCE_TEMPERATURE, 3200},
+        {[](SensorSettings& s) { s.temperature = 2000; }, V4L2_CID_WHITE_BALANCE_TEMPERATURE, 2800},
+    };
+    for (const Case& c : cases) {
+        SensorSettings s = base;
+        c.change(s);
+        rig.system->clearControlWrites(kNode);
+        rig.camera->apply(s);
+        rig.camera->apply(s);
+        const std::vector<FakeControlWrite> expected = {{c.id, c.value}};
+        EXPECT_EQ(rig.system->controlWrites(kNode), expected) << std::hex << c.id;
+        rig.camera->apply(base);
+    }
+}
+
+TEST(V4l2Camera, ReadsTheExposureBackFromTheDevice) {
+    FakeNode n = FakeV4l2System::webcam(kNode, kStable);
+    for (FakeControl& c : n.controls) {
+        if (c.id == V4L2_CID_EXPOSURE_ABSOLUTE)
+            c.granularity = 3; // whole sensor lines
+    }
+    Rig rig(n);
+    SensorSettings s;
+    s.exposureUs = 10000;
+    rig.camera->apply(s);
+    EXPECT_EQ(rig.camera->realExposureTime(), 9900u);
+}
+
+TEST(V4l2Camera, SpeedsAreTheSizesFrameIntervalsSlowestFirst) {
+    Rig rig;
+    ASSERT_TRUE(rig.camera->features() & kFeatureSpeed);
+    SensorSettings s;
+    s.speed = 0;
+    rig.camera->apply(s);
+    ASSERT_TRUE(rig.camera->start(rig.indexOf(640, 480)));
+    EXPECT_EQ(rig.camera->maxSpeed(), 2); // 10, 15 and 30 fps
+    EXPECT_EQ(rig.system->state(kNode).interval, (FakeInterval{1, 10}));
+
+    const FakeInterval expected[] = {{1, 10}, {1, 15}, {1, 30}, {1, 30}};
+    for (int speed = 0; speed < 4; ++speed) {
+        s.speed = speed;
+        rig.camera->apply(s); // while streaming: the stream restarts at the new interval
+        EXPECT_EQ(rig.system->state(kNode).interval, expected[speed]) << speed;
+        SourceFrame f;
+        EXPECT_EQ(rig.read(f), ReadStatus::Frame) << speed;
+    }
+    ASSERT_TRUE(rig.camera->start(rig.indexOf(1920, 1080)));
+    EXPECT_EQ(rig.camera->maxSpeed(), 1);
+    EXPECT_EQ(rig.system->state(kNode).interval, (FakeInterval{1, 30}));
+}
+
+TEST(V4l2Camera, LeavesMissingControlsToSoftware) {
+    FakeNode n = FakeV4l2System::webcam(kNode, kStable);
+    std::erase_if(n.controls, [](const FakeControl& c) {
+        return c.id != V4L2_CID_BRIGHTNESS && c.id != V4L2_CID_EXPOSURE_AUTO &&
+               c.id != V4L2_CID_SHARPNESS;
+    });
+    Rig rig(n);
+    EXPECT_EQ(rig.camera->features(),
+              std::uint32_t{kFeatureBrightness | kFeatureNativeAutoExposure | kFeatureSpeed});
+    EXPECT_EQ(rig.camera->exposureRange().max, 0u);
+    EXPECT_EQ(rig.camera->gainRange().max, 0);
+
+    SensorSettings s;
+    s.nativeAutoExposure = true;
+    s.exposureUs = 20000;
+    rig.camera->apply(s);
+    EXPECT_EQ(rig.system->controlValue(kNode, V4L2_CID_EXPOSURE_AUTO),
+              V4L2_EXPOSURE_APERTURE_PRIORITY);
+    EXPECT_EQ(rig.camera->realExposureTime(), 20000u);
+    s.nativeAutoExposure = false;
+    rig.camera->apply(s);
+    EXPECT_EQ(rig.system->controlValue(kNode, V4L2_CID_EXPOSURE_AUTO), V4L2_EXPOSURE_MANUAL);
+}
+
+TEST(V4l2Camera, OffersTheOtherControlsAsExtras) {
+    Rig rig;
+    const auto extras = rig.camera->extraControls();
+    std::vector<std::string> names;
+    for (const ExtraControl& e : extras)
+        names.push_back(e.name);
+    const std::vector<std::string> expected = {"Sharpness", "Backlight Compensation",
+                                               "Exposure, Dynamic Framerate", "Focus, Absolute",
+                                               "Focus, Automatic Continuous"};
+    EXPECT_EQ(names, expected);
+    EXPECT_EQ(extras[3].kind, ExtraControl::Integer);
+    EXPECT_EQ(extras[3].max, 1023);
+    EXPECT_EQ(extras[4].kind, ExtraControl::Boolean);
+    EXPECT_EQ(extras[4].value, 1);
+
+    EXPECT_TRUE(rig.camera->setExtraControl(V4L2_CID_SHARPNESS, 5));
+    EXPECT_EQ(rig.system->controlValue(kNode, V4L2_CID_SHARPNESS), 5);
+    EXPECT_FALSE(rig.camera->setExtraControl(V4L2_CID_SHARPNESS, 7)) << "out of range";
+    EXPECT_FALSE(rig.camera->setExtraControl(V4L2_CID_BRIGHTNESS, 1)) << "mapped, not extra";
+    EXPECT_EQ(rig.system->controlValue(kNode, V4L2_CID_SHARPNESS), 5);
+}
+
+TEST(V4l2Camera, UnpluggedMidStreamIsLostAndStaysLost) {
+    Rig rig;
+    rig.system->unplugAfterFrames(kNode, 3);
+    ASSERT_TRUE(rig.camera->start(0));
+    SourceFrame f;
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(rig.read(f), ReadStatus::Frame) << i;
+    EXPECT_EQ(rig.read(f), ReadStatus::Lost);
+    EXPECT_EQ(rig.camera->lastError(), "The camera was disconnected.");
+    EXPECT_EQ(rig.read(f), ReadStatus::Lost);
+    rig.camera->apply(SensorSettings{});
+    EXPECT_TRUE(rig.camera->extraControls().empty());
+    EXPECT_FALSE(rig.camera->setExtraControl(V4L2_CID_SHARPNESS, 1));
+    rig.camera->stop();
+    EXPECT_EQ(rig.system->state(kNode).mappedBuffers, 0);
+    EXPECT_FALSE(rig.camera->start(0));
+    EXPECT_TRUE(rig.provider->list().empty());
+}
+
+TEST(V4l2Camera, UnplugWakesAReaderWaitingOnAnotherThread) {
+    Rig rig;
+    ASSERT_TRUE(rig.camera->start(0));
+    ReadStatus status = ReadStatus::Frame;
+    std::thread reader([&] {
+        SourceFrame f;
+        do
+            status = rig.camera->read(f, 5000);
+        while (status != ReadStatus::Lost);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const auto unplugged = std::chrono::steady_clock::now();
+    rig.system->unplug(kNode);
+    reader.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - unplugged, std::chrono::seconds(2));
+    rig.camera.reset();
+    EXPECT_EQ(rig.system->state(kNode).mappedBuffers, 0);
+    EXPECT_EQ(rig.system->state(kNode).openHandles, 0);
+}
+
+TEST(V4l2Camera, RestartsAtAnotherSizeAndReleasesEverythingWhenStartFails) {
+    Rig rig;
+    ASSERT_TRUE(rig.camera->start(0));
+    SourceFrame f;
+    ASSERT_EQ(rig.read(f), ReadStatus::Frame);
+    rig.camera->stop();
+    FakeStreamState s = rig.system->state(kNode);
+    EXPECT_FALSE(s.streaming);
+    EXPECT_EQ(s.buffers, 0);
+    EXPECT_EQ(s.mappedBuffers, 0);
+
+    ASSERT_TRUE(rig.camera->start(3));
+    EXPECT_EQ(rig.system->state(kNode).buffers, 4);
+    ASSERT_EQ(rig.read(f), ReadStatus::Frame);
+    EXPECT_EQ(f.width, 640);
+    EXPECT_EQ(f.height, 480);
+
+    rig.system->failIoctl(kNode, VIDIOC_STREAMON, ENOSPC, 1);
+    EXPECT_FALSE(rig.camera->start(0));
+    EXPECT_NE(rig.camera->lastError().find("USB"), std::string::npos);
+    s = rig.system->state(kNode);
+    EXPECT_EQ(s.buffers, 0);
+    EXPECT_EQ(s.mappedBuffers, 0);
+    EXPECT_TRUE(rig.camera->start(0)) << "a refused start is not the end";
+}
