@@ -234,6 +234,10 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>ids_calvora_record_mkv</source>
         <translation>Matroska-Video</translation>
     </message>
+    <message>
+        <source>ids_calvora_camera_controls</source>
+        <translation>Kamera-Einstellungen</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>

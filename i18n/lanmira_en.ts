@@ -234,6 +234,10 @@ Do you want to replace it?</translation>
         <source>ids_calvora_record_mkv</source>
         <translation>Matroska video</translation>
     </message>
+    <message>
+        <source>ids_calvora_camera_controls</source>
+        <translation>Camera Controls</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>

@@ -3,9 +3,9 @@
 #include "dscap/core/Device.h"
 #include "dscap/core/Library.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 using dscap::Library;
 
@@ -187,14 +187,94 @@ extern "C" int dscap_last_error(dscap_handle h, char* text, std::size_t size) {
     return n > 0 ? 1 : 0;
 }
 
-// The library has no windows; the camera's extra controls are offered through the
-// property API below, and these dialogs report that none exist.
-extern "C" int dscap_fDialog(dscap_handle, int) {
-    return 0;
+namespace {
+
+constexpr const char* kControlsDialogName = "Camera Controls";
+
+void copyText(char* out, std::size_t size, const std::string& text) {
+    const std::size_t n = std::min(text.size(), size - 1);
+    std::memcpy(out, text.data(), n);
+    out[n] = '\0';
 }
-extern "C" int dscap_dialog(dscap_handle, int) {
-    return 0;
+
+bool hasControlsDialog(dscap_handle h, int command) {
+    const auto d = find(h);
+    return d && command == static_cast<int>(Library::instance().messages().firstDialogCommand) &&
+           !d->extraControls().empty();
 }
-extern "C" int dscap_view_property(dscap_handle, void*) {
-    return 0;
+
+} // namespace
+
+extern "C" dscap_control* dscap_get_controls(dscap_handle h, int* count) {
+    if (count)
+        *count = 0;
+    const auto d = find(h);
+    if (!d || !count)
+        return nullptr;
+    const auto controls = d->extraControls();
+    if (controls.empty())
+        return nullptr;
+    auto* list = static_cast<dscap_control*>(std::calloc(controls.size(), sizeof(dscap_control)));
+    if (!list)
+        return nullptr;
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        const dscap::ExtraControl& c = controls[i];
+        dscap_control& out = list[i];
+        out.id = c.id;
+        copyText(out.name, sizeof out.name, c.name);
+        out.kind = static_cast<int>(c.kind);
+        out.min = c.min;
+        out.max = c.max;
+        out.step = c.step;
+        out.def = c.def;
+        out.value = c.value;
+        if (!c.menu.empty()) {
+            out.menu =
+                static_cast<dscap_menu_item*>(std::calloc(c.menu.size(), sizeof(dscap_menu_item)));
+            if (out.menu) {
+                out.menuCount = static_cast<int>(c.menu.size());
+                for (std::size_t m = 0; m < c.menu.size(); ++m) {
+                    out.menu[m].value = c.menu[m].first;
+                    copyText(out.menu[m].label, sizeof out.menu[m].label, c.menu[m].second);
+                }
+            }
+        }
+    }
+    *count = static_cast<int>(controls.size());
+    return list;
+}
+
+extern "C" void dscap_free_controls(dscap_control* controls, int count) {
+    if (!controls)
+        return;
+    for (int i = 0; i < count; ++i)
+        std::free(controls[i].menu);
+    std::free(controls);
+}
+
+extern "C" int dscap_set_control(dscap_handle h, std::uint32_t id, std::int32_t value) {
+    const auto d = find(h);
+    return d && d->setExtraControl(id, value) ? 1 : 0;
+}
+
+extern "C" int dscap_fDialog(dscap_handle h, int command) {
+    return hasControlsDialog(h, command) ? 1 : 0;
+}
+
+extern "C" int dscap_dialog_name(dscap_handle h, int command, char* name, std::size_t size) {
+    if (!name || size == 0 || !hasControlsDialog(h, command))
+        return 0;
+    copyText(name, size, kControlsDialogName);
+    return 1;
+}
+
+extern "C" int dscap_dialog(dscap_handle h, int command) {
+    if (!dscap_fDialog(h, command))
+        return 0;
+    const auto d = find(h);
+    return d && d->showDialog(command) ? 1 : 0;
+}
+
+extern "C" int dscap_view_property(dscap_handle h, void*) {
+    return dscap_dialog(h, static_cast<int>(Library::instance().messages().firstDialogCommand));
 }

@@ -40,6 +40,8 @@ enum {
 
 // The application's side of the library. `window` is the opaque value given to
 // dscap_device; post may be called from any thread and must not block.
+typedef struct dscap_device_s* dscap_handle;
+
 typedef void (*dscap_post_fn)(void* window, unsigned message, std::uintptr_t wParam,
                               std::intptr_t lParam);
 // Asks the user for the recording file on the caller's thread. Fills path (UTF-8, NUL
@@ -48,9 +50,14 @@ typedef void (*dscap_post_fn)(void* window, unsigned message, std::uintptr_t wPa
 typedef int (*dscap_record_file_fn)(void* frameWindow, const char* suggestedPath, char* path,
                                     std::size_t pathSize);
 
+// Shows the camera's property dialog of that command on the caller's thread, built from
+// dscap_get_controls; returns 1 when it was shown.
+typedef int (*dscap_dialog_fn)(void* frameWindow, dscap_handle h, int command);
+
 struct dscap_hooks {
     dscap_post_fn post;
     dscap_record_file_fn recordFile;
+    dscap_dialog_fn showDialog;
 };
 
 // configHome nullptr: the user's XDG config folder. Camera settings are kept under the key
@@ -64,8 +71,6 @@ void dscap_set_hooks(const dscap_hooks* hooks);
 // are none; free with dscap_free_dsvi.
 dscap_dsvi* dscap_enum_device(int flags);
 void dscap_free_dsvi(dscap_dsvi* list);
-
-typedef struct dscap_device_s* dscap_handle;
 
 // Opens the camera; nullptr when it cannot be opened. The handle lives until dscap_stop.
 dscap_handle dscap_device(void* frameWindow, void* viewWindow, const dscap_dsvi* camera);
@@ -119,10 +124,38 @@ void dscap_free_capability(dscap_capability* table);
 // sentence; 0 when there is none.
 int dscap_last_error(dscap_handle h, char* text, std::size_t size);
 
-// Property dialogs: the sixteen commands from firstDialogCommand. The library has no
-// windows of its own, so these report what exists; showing them belongs to the caller.
+// The camera's controls beyond the control interface (focus, sharpness, backlight...), as
+// its property dialog shows them.
+enum {
+    DSCAP_CONTROL_INTEGER = 0,
+    DSCAP_CONTROL_BOOLEAN = 1,
+    DSCAP_CONTROL_MENU = 2,
+    DSCAP_CONTROL_BUTTON = 3,
+};
+struct dscap_menu_item {
+    std::int32_t value;
+    char label[64];
+};
+struct dscap_control {
+    std::uint32_t id;
+    char name[64];
+    int kind;
+    std::int32_t min, max, step, def, value;
+    int menuCount;
+    dscap_menu_item* menu;
+};
+// nullptr and 0 when the camera has none; free with dscap_free_controls.
+dscap_control* dscap_get_controls(dscap_handle h, int* count);
+void dscap_free_controls(dscap_control* controls, int count);
+int dscap_set_control(dscap_handle h, std::uint32_t id, std::int32_t value);
+
+// Property dialogs: the sixteen commands from firstDialogCommand. The first is the dialog of
+// the camera's controls and exists when it has any; the application's dialog hook shows it.
 int dscap_fDialog(dscap_handle h, int command);
+// The English name of the dialog for its menu entry; 0 when there is no such dialog.
+int dscap_dialog_name(dscap_handle h, int command, char* name, std::size_t size);
 int dscap_dialog(dscap_handle h, int command);
+// The camera's property sheet: its first dialog.
 int dscap_view_property(dscap_handle h, void* frameWindow);
 
 } // extern "C"

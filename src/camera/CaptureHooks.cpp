@@ -1,5 +1,6 @@
 #include "camera/CaptureHooks.h"
 
+#include "camera/CCameraControlsDlg.h"
 #include "dscap/dscap.h"
 #include "i18n/i18n.h"
 #include "platform/ReceiverRegistry.h"
@@ -29,10 +30,17 @@ int recordFile(void* /*frameWindow*/, const char* suggested, char* path, std::si
     return 1;
 }
 
+int showDialog(void* /*frameWindow*/, dscap_handle camera, int /*command*/) {
+    CCameraControlsDlg dialog(camera, i18n_stringW("ids_calvora_camera_controls"),
+                              QApplication::activeWindow());
+    dialog.exec();
+    return 1;
+}
+
 } // namespace
 
 void CaptureHooks::install() {
-    const dscap_hooks hooks{postToReceiver, recordFile};
+    const dscap_hooks hooks{postToReceiver, recordFile, showDialog};
     dscap_set_hooks(&hooks);
 }
 

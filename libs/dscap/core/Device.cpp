@@ -85,11 +85,12 @@ std::string suggestedRecordingPath() {
 
 } // namespace
 
-Device::Device(CameraInfo info, std::unique_ptr<CameraSource> source, void* frameWindow,
-               void* viewWindow, DeviceContext context)
-    : info_(std::move(info)), source_(std::move(source)), frameWindow_(frameWindow),
-      viewWindow_(viewWindow), context_(std::move(context)), colour_(source_->isColour()),
-      features_(source_->features()), resolutions_(source_->resolutions()) {
+Device::Device(dscap_handle handle, CameraInfo info, std::unique_ptr<CameraSource> source,
+               void* frameWindow, void* viewWindow, DeviceContext context)
+    : handle_(handle), info_(std::move(info)), source_(std::move(source)),
+      frameWindow_(frameWindow), viewWindow_(viewWindow), context_(std::move(context)),
+      colour_(source_->isColour()), features_(source_->features()),
+      resolutions_(source_->resolutions()) {
     ControlValues defaults;
     defaults.exposureUs = source_->exposureRange().def;
     defaults.gain = source_->gainRange().def;
@@ -310,6 +311,10 @@ void Device::applyPending(std::uint64_t& appliedVersion, FrameProcessor& process
 }
 
 void Device::run() {
+    struct DropTasksAtExit {
+        Device* device;
+        ~DropTasksAtExit() { device->runTasks(true); }
+    } dropTasks{this};
     FrameProcessor processor;
     Histogram histogram;
     std::uint64_t appliedVersion = 0;
@@ -336,6 +341,7 @@ void Device::run() {
             }
         }
         applyPending(appliedVersion, processor);
+        runTasks();
 
         SourceFrame frame;
         const ReadStatus status = source_->read(frame, kReadTimeoutMs);
@@ -580,6 +586,84 @@ void Device::lose(int event, const std::string& error) {
         post(viewWindow_, context_.messages.recording, 0, 0);
     }
     post(frameWindow_, context_.messages.event, static_cast<std::uintptr_t>(event), 0);
+}
+
+// Work for the capture thread from another thread. The caller waits until it has run or
+// was dropped unrun, so the work may refer to the caller's locals.
+struct SourceTask {
+    std::function<void(CameraSource&)> work;
+    std::mutex mutex;
+    std::condition_variable changed;
+    enum { Queued, Running, Done, Dropped } state = Queued;
+
+    void set(decltype(state) next) {
+        std::lock_guard lock(mutex);
+        state = next;
+        changed.notify_all();
+    }
+};
+
+bool Device::withSource(const std::function<void(CameraSource&)>& work) {
+    std::unique_lock lock(mutex_);
+    if (state_ == State::Closed || lost_)
+        return false;
+    if (state_ == State::Opened) {
+        lock.unlock();
+        work(*source_);
+        return true;
+    }
+    auto task = std::make_shared<SourceTask>();
+    task->work = work;
+    tasks_.push_back(task);
+    lock.unlock();
+
+    std::unique_lock taskLock(task->mutex);
+    task->changed.wait_for(taskLock, std::chrono::seconds(2), [&] {
+        return task->state == SourceTask::Done || task->state == SourceTask::Dropped;
+    });
+    if (task->state == SourceTask::Queued)
+        task->state = SourceTask::Dropped; // too late: it must not run after we return
+    task->changed.wait(taskLock, [&] { return task->state != SourceTask::Running; });
+    return task->state == SourceTask::Done;
+}
+
+void Device::runTasks(bool drop) {
+    std::deque<std::shared_ptr<SourceTask>> tasks;
+    {
+        std::lock_guard lock(mutex_);
+        tasks.swap(tasks_);
+    }
+    for (const auto& task : tasks) {
+        {
+            std::lock_guard lock(task->mutex);
+            if (task->state != SourceTask::Queued)
+                continue;
+            task->state = drop ? SourceTask::Dropped : SourceTask::Running;
+            if (drop) {
+                task->changed.notify_all();
+                continue;
+            }
+        }
+        task->work(*source_);
+        task->set(SourceTask::Done);
+    }
+}
+
+std::vector<ExtraControl> Device::extraControls() {
+    std::vector<ExtraControl> controls;
+    withSource([&](CameraSource& source) { controls = source.extraControls(); });
+    return controls;
+}
+
+bool Device::setExtraControl(std::uint32_t id, std::int32_t value) {
+    bool ok = false;
+    return withSource([&](CameraSource& source) { ok = source.setExtraControl(id, value); }) && ok;
+}
+
+bool Device::showDialog(int command) {
+    if (!context_.hooks.showDialog)
+        return false;
+    return context_.hooks.showDialog(frameWindow_, handle_, command) != 0;
 }
 
 bool Device::canGrab() {

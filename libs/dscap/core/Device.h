@@ -12,6 +12,8 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -36,8 +38,8 @@ class Device : public std::enable_shared_from_this<Device> {
 public:
     enum class State { Opened, Previewing, Closed };
 
-    Device(CameraInfo info, std::unique_ptr<CameraSource> source, void* frameWindow,
-           void* viewWindow, DeviceContext context);
+    Device(dscap_handle handle, CameraInfo info, std::unique_ptr<CameraSource> source,
+           void* frameWindow, void* viewWindow, DeviceContext context);
     ~Device();
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;
@@ -81,6 +83,13 @@ public:
     // The output changed shape or colour (grey, resolution): tell whoever listens.
     void outputChanged();
 
+    // The camera's own extra controls, read and set where the source may be touched: on the
+    // capture thread while it runs (waiting for it briefly), else here.
+    std::vector<ExtraControl> extraControls();
+    bool setExtraControl(std::uint32_t id, std::int32_t value);
+    // Hands the property dialog of that command to the application's hook.
+    bool showDialog(int command);
+
 private:
     struct Callbacks {
         DSCAP_HISTOGRAM_CALLBACK histogram = nullptr;
@@ -94,6 +103,10 @@ private:
     };
 
     void run();
+    // Runs the task with the source to itself; false when the device is gone or the
+    // capture thread did not get to it in time.
+    bool withSource(const std::function<void(CameraSource&)>& task);
+    void runTasks(bool drop = false);
     void applyPending(std::uint64_t& appliedVersion, class FrameProcessor& processor);
     void autoExposureStep(const SourceFrame& frame);
     void whiteBalanceStep(const SourceFrame& frame);
@@ -107,6 +120,7 @@ private:
     void saveSettings();
     void setError(const std::string& error);
 
+    const dscap_handle handle_;
     const CameraInfo info_;
     const std::unique_ptr<CameraSource> source_;
     void* const frameWindow_;
@@ -130,6 +144,7 @@ private:
     Histogram lastHistogram_;
     bool hasHistogram_ = false;
     std::condition_variable applied_;
+    std::deque<std::shared_ptr<struct SourceTask>> tasks_; // for the capture thread
 
     std::recursive_mutex callbackMutex_; // callbacks run under it, so removal is final
     Callbacks callbacks_;

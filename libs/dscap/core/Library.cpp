@@ -81,9 +81,10 @@ dscap_handle Library::open(const std::string& id, void* frameWindow, void* viewW
     if (!source)
         return nullptr;
     DeviceContext context{messages_, hooks_, settings_};
-    auto device = std::make_shared<Device>(info, std::move(source), frameWindow, viewWindow,
-                                           std::move(context));
     const std::uintptr_t handle = nextHandle_++;
+    auto device =
+        std::make_shared<Device>(reinterpret_cast<dscap_handle>(handle), info, std::move(source),
+                                 frameWindow, viewWindow, std::move(context));
     devices_.emplace(handle, device);
     return reinterpret_cast<dscap_handle>(handle);
 }

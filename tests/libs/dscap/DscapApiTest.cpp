@@ -49,6 +49,7 @@ struct Inbox {
     int wbTemperature = 0, wbTint = 0;
     bool wbDone = false;
     std::string recordPath;
+    int dialogShown = 0;
 
     int count(unsigned message) {
         std::lock_guard lock(mutex);
@@ -74,6 +75,12 @@ int recordFileHook(void*, const char*, char* path, std::size_t size) {
     if (inbox->recordPath.empty() || inbox->recordPath.size() + 1 > size)
         return 0;
     std::memcpy(path, inbox->recordPath.c_str(), inbox->recordPath.size() + 1);
+    return 1;
+}
+
+int showDialogHook(void*, dscap_handle, int command) {
+    std::lock_guard lock(inbox->mutex);
+    inbox->dialogShown = command;
     return 1;
 }
 
@@ -148,7 +155,7 @@ protected:
         fs::create_directories(dir);
         const dscap_messages messages{kNotify, kVideoSize, kRecording, 32830, kEvent};
         dscap_init(dir.c_str(), "Vornalt", "Lanmira", "orbicam.dll", "orbinam.dll", &messages);
-        const dscap_hooks hooks{postHook, recordFileHook};
+        const dscap_hooks hooks{postHook, recordFileHook, showDialogHook};
         dscap_set_hooks(&hooks);
         std::vector<std::unique_ptr<dscap::CameraProvider>> providers;
         providers.push_back(
@@ -259,6 +266,7 @@ TEST_F(DscapApiTest, ListsTheDemoCamerasAndRefusesBadHandles) {
         EXPECT_EQ(dscap_grabber(h, dib, 0, 0, 0, 0, 0), 0);
         EXPECT_EQ(dscap_start_capture(h), 0);
         EXPECT_EQ(dscap_set_esize(h, 1, 0), 0);
+        EXPECT_EQ(dscap_set_control(h, 1, 1), 0);
         EXPECT_EQ(dscap_get_interface(h, 0), nullptr);
         EXPECT_EQ(dscap_stop(h), 0);
     }
@@ -360,6 +368,8 @@ TEST_F(DscapApiTest, DemoRangesAndDefaults) {
     }
     EXPECT_EQ(c->SetCameraOption(0), 0);
     EXPECT_LT(c->Reserved0(), 0);
+    EXPECT_EQ(dscap_fDialog(handle, 32830), 0) << "the demo camera has no extra controls";
+    EXPECT_EQ(dscap_dialog(handle, 32830), 0);
 
     // Out of range: refused, the value stays.
     EXPECT_LT(c->SetHue(181), 0);
@@ -684,6 +694,26 @@ TEST_F(DscapApiTest, V4l2CameraPreviewsAndSurvivesUnplugWhileRecording) {
     EXPECT_TRUE(wrote(V4L2_CID_BRIGHTNESS, 32));
     EXPECT_TRUE(wrote(V4L2_CID_EXPOSURE_ABSOLUTE, 200));
     EXPECT_TRUE(wrote(V4L2_CID_POWER_LINE_FREQUENCY, 2));
+
+    // What the interface does not cover is on the camera's property dialog.
+    ASSERT_EQ(dscap_fDialog(handle, 32830), 1);
+    EXPECT_EQ(dscap_fDialog(handle, 32831), 0);
+    char name[64] = {};
+    ASSERT_EQ(dscap_dialog_name(handle, 32830, name, sizeof name), 1);
+    EXPECT_STREQ(name, "Camera Controls");
+    int count = 0;
+    dscap_control* controls = dscap_get_controls(handle, &count);
+    ASSERT_NE(controls, nullptr);
+    const dscap_control* sharpness = std::find_if(
+        controls, controls + count, [](const dscap_control& k) { return k.id == V4L2_CID_SHARPNESS; });
+    ASSERT_NE(sharpness, controls + count);
+    EXPECT_EQ(sharpness->max, 6);
+    EXPECT_EQ(sharpness->kind, DSCAP_CONTROL_INTEGER);
+    dscap_free_controls(controls, count);
+    EXPECT_EQ(dscap_set_control(handle, V4L2_CID_SHARPNESS, 5), 1);
+    EXPECT_EQ(system->controlValue(node, V4L2_CID_SHARPNESS), 5);
+    EXPECT_EQ(dscap_view_property(handle, &frameWindow), 1);
+    EXPECT_EQ(box.dialogShown, 32830);
 
     const Frame f = grab();
     ASSERT_EQ(f.width, 1920);
