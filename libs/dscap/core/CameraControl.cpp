@@ -55,6 +55,40 @@ std::int32_t checkRegion(const Device& d, const ControlValues& v, Region& r) {
     return ICameraControl::kOk;
 }
 
+std::int32_t setRegion(Device& d, Region ControlValues::*field, Region r) {
+    return d.change([&](ControlValues& v) {
+        const std::int32_t status = checkRegion(d, v, r);
+        if (status == ICameraControl::kOk)
+            v.*field = r;
+        return status;
+    });
+}
+
+std::int32_t readRegion(Device& d, Region ControlValues::*field, std::int32_t* left,
+                        std::int32_t* top, std::int32_t* right, std::int32_t* bottom) {
+    if (!left || !top || !right || !bottom)
+        return ICameraControl::kInvalidArgument;
+    const Region r = d.values().*field;
+    *left = r.left;
+    *top = r.top;
+    *right = r.right;
+    *bottom = r.bottom;
+    return ICameraControl::kOk;
+}
+
+template <typename T>
+std::int32_t readRange(const Device& d, std::uint32_t feature, ValueRange<T> range, T* min, T* max,
+                       T* def) {
+    if (!(d.source().features() & feature))
+        return ICameraControl::kNotSupported;
+    if (!min || !max || !def)
+        return ICameraControl::kInvalidArgument;
+    *min = range.min;
+    *max = range.max;
+    *def = range.def;
+    return ICameraControl::kOk;
+}
+
 } // namespace
 
 std::int32_t CameraControl::GetResolutionIndex(std::int32_t* index) {
@@ -325,29 +359,13 @@ std::int32_t CameraControl::SetNotifyCallback(DSCAP_NOTIFY_CALLBACK cb, void* ct
 std::int32_t CameraControl::GetExposureTimeRange(std::uint32_t* min, std::uint32_t* max,
                                                  std::uint32_t* def) {
     WITH_DEVICE(d);
-    if (!(d->source().features() & kFeatureExposureTime))
-        return kNotSupported;
-    if (!min || !max || !def)
-        return kInvalidArgument;
-    const auto range = d->source().exposureRange();
-    *min = range.min;
-    *max = range.max;
-    *def = range.def;
-    return kOk;
+    return readRange(*d, kFeatureExposureTime, d->source().exposureRange(), min, max, def);
 }
 
 std::int32_t CameraControl::GetExposureGainRange(std::uint16_t* min, std::uint16_t* max,
                                                  std::uint16_t* def) {
     WITH_DEVICE(d);
-    if (!(d->source().features() & kFeatureGain))
-        return kNotSupported;
-    if (!min || !max || !def)
-        return kInvalidArgument;
-    const auto range = d->source().gainRange();
-    *min = range.min;
-    *max = range.max;
-    *def = range.def;
-    return kOk;
+    return readRange(*d, kFeatureGain, d->source().gainRange(), min, max, def);
 }
 
 std::int32_t CameraControl::GetResolutionCount() {
@@ -400,51 +418,25 @@ std::int32_t CameraControl::WhiteBalanceOnce(DSCAP_WHITEBALANCE_CALLBACK cb, voi
 std::int32_t CameraControl::SetWhiteBalanceRegion(std::int32_t left, std::int32_t top,
                                                   std::int32_t right, std::int32_t bottom) {
     WITH_DEVICE(d);
-    return d->change([&](ControlValues& v) {
-        Region r{left, top, right, bottom};
-        const std::int32_t status = checkRegion(*d, v, r);
-        if (status == kOk)
-            v.whiteBalanceRegion = r;
-        return status;
-    });
+    return setRegion(*d, &ControlValues::whiteBalanceRegion, {left, top, right, bottom});
 }
 
 std::int32_t CameraControl::GetWhiteBalanceRegion(std::int32_t* left, std::int32_t* top,
                                                   std::int32_t* right, std::int32_t* bottom) {
     WITH_DEVICE(d);
-    if (!left || !top || !right || !bottom)
-        return kInvalidArgument;
-    const Region r = d->values().whiteBalanceRegion;
-    *left = r.left;
-    *top = r.top;
-    *right = r.right;
-    *bottom = r.bottom;
-    return kOk;
+    return readRegion(*d, &ControlValues::whiteBalanceRegion, left, top, right, bottom);
 }
 
 std::int32_t CameraControl::SetAutoExposureRegion(std::int32_t left, std::int32_t top,
                                                   std::int32_t right, std::int32_t bottom) {
     WITH_DEVICE(d);
-    return d->change([&](ControlValues& v) {
-        Region r{left, top, right, bottom};
-        const std::int32_t status = checkRegion(*d, v, r);
-        if (status == kOk)
-            v.exposureRegion = r;
-        return status;
-    });
+    return setRegion(*d, &ControlValues::exposureRegion, {left, top, right, bottom});
 }
 
 std::int32_t CameraControl::GetAutoExposureRegion(std::int32_t* left, std::int32_t* top,
                                                   std::int32_t* right, std::int32_t* bottom) {
     WITH_DEVICE(d);
-    if (!left || !top || !right || !bottom)
-        return kInvalidArgument;
-    const Region r = d->values().exposureRegion;
-    *left = r.left;
-    *top = r.top;
-    *right = r.right;
-    *bottom = r.bottom;
-    return kOk;
+    return readRegion(*d, &ControlValues::exposureRegion, left, top, right, bottom);
 }
 
 std::int32_t CameraControl::IsColour() {
