@@ -7,10 +7,9 @@
 #include "dscap/dscap.h"
 #include "dscap/v4l2/V4l2Provider.h"
 
-#include <benchmark/benchmark.h>
-
 #include <sys/resource.h>
-#include <unistd.h>
+
+#include <benchmark/benchmark.h>
 
 #include <atomic>
 #include <chrono>
@@ -20,6 +19,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -60,7 +60,7 @@ fs::path scratch() {
 void setUp(std::vector<std::unique_ptr<dscap::CameraProvider>> providers) {
     const dscap_messages messages{0x465, 0x470, 0x466, 32830, 0x473};
     dscap_init(scratch().c_str(), "Vornalt", "LanmiraBench", "", "", &messages);
-    const dscap_hooks hooks{post, recordFile};
+    const dscap_hooks hooks{post, recordFile, nullptr};
     dscap_set_hooks(&hooks);
     dscap::Library::instance().setProviders(std::move(providers));
 }
@@ -94,7 +94,8 @@ void measure(benchmark::State& state, dscap_handle h, double targetFps) {
             dscap_notify(h, 0, 0);
             std::this_thread::sleep_for(2ms);
         }
-        const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+        const double wall =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
         const double frames = framesPosted - before;
         const double cpu = cpuSeconds() - cpu0;
         state.counters["fps"] = frames / wall;
@@ -127,7 +128,13 @@ void demoPreview(benchmark::State& state) {
 }
 // 2592x1944 (15 fps target, one core), 1296x972 (30 fps, half a core), and 1296x972 while
 // recording.
-BENCHMARK(demoPreview)->Args({0, 0})->Args({1, 0})->Args({1, 1})->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(demoPreview)
+    ->Args({0, 0})
+    ->Args({1, 0})
+    ->Args({1, 1})
+    ->Iterations(1)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 void webcamMjpegPreview(benchmark::State& state) {
     using dscap::v4l2::FakeV4l2System;
@@ -148,7 +155,8 @@ void webcamMjpegPreview(benchmark::State& state) {
     std::vector<std::unique_ptr<dscap::CameraProvider>> providers;
     providers.push_back(dscap::v4l2::makeV4l2Provider(system));
     setUp(std::move(providers));
-    dscap_dsvi camera{const_cast<char*>("v4l2:usb-Bench_Cam-video-index0"), const_cast<char*>("Cam"), 0};
+    dscap_dsvi camera{const_cast<char*>("v4l2:usb-Bench_Cam-video-index0"),
+                      const_cast<char*>("Cam"), 0};
     dscap_handle h = dscap_device(nullptr, nullptr, &camera);
     ICameraControl* c = dscap_get_interface(h, 0);
     dscap_start(h, 0, 0, 0, 0, 0);

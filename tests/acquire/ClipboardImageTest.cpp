@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
+#include <vector>
 
 using namespace lanmira;
 using namespace dibmaker;
@@ -36,32 +36,6 @@ QImage asImage(const PackedDib& dib) {
     return QImage::fromData(file, "BMP");
 }
 
-struct PasteCase {
-    std::string name;
-    Bytes block;
-};
-
-void PrintTo(const PasteCase& c, std::ostream* os) {
-    *os << c.name;
-}
-
-class Paste : public testing::TestWithParam<PasteCase> {};
-
-// Red, green on the bottom row; blue, white on the top row.
-TEST_P(Paste, ArrivesAs24BitUncompressedBottomUpWithTheSamePixels) {
-    const PackedDib dib = dibFromMimeData(mimeWith("image/bmp", bytesOf(GetParam().block)).get());
-    ASSERT_TRUE(dib);
-    const QByteArray b = dibToBytes(dib);
-    EXPECT_EQ(b.left(20), bytesOf(infoHeader(2, 2, 24)).left(20)); // 2 x 2, 24 bits, uncompressed
-    EXPECT_EQ(b.mid(40), QByteArray("\0\0\xFF\0\xFF\0\0\0\xFF\0\0\xFF\xFF\xFF\0\0", 16));
-}
-
-Bytes withMasks(Bytes b, std::uint32_t r, std::uint32_t g, std::uint32_t bl) {
-    for (std::uint32_t v : {r, g, bl})
-        put32(b, v);
-    return b;
-}
-
 Bytes v4Header() {
     Bytes b;
     for (std::uint32_t v : {108u, 2u, 2u, 1u | (24u << 16)})
@@ -69,21 +43,31 @@ Bytes v4Header() {
     return cat(b, {}, 108 - 16);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    ClipboardImage, Paste,
-    testing::Values(
-        PasteCase{"BitFields565", cat(withMasks(infoHeader(2, 2, 16, 3), 0xF800, 0x07E0, 0x001F),
-                                      {0x00, 0xF8, 0xE0, 0x07, 0x1F, 0x00, 0xFF, 0xFF})},
+// Red, green on the bottom row; blue, white on the top row.
+TEST(ClipboardImage, PastesArriveAs24BitUncompressedBottomUpWithTheSamePixels) {
+    const std::vector<std::pair<const char*, Bytes>> rows = {
+        {"5-6-5 bit fields", cat(withMasks(infoHeader(2, 2, 16, 3), 0xF800, 0x07E0, 0x001F),
+                                 {0x00, 0xF8, 0xE0, 0x07, 0x1F, 0x00, 0xFF, 0xFF})},
         // Colour masks in an unusual order, alpha in the top byte.
-        PasteCase{"BitFields32", cat(withMasks(infoHeader(2, 2, 32, 3), 0xFF, 0xFF00, 0xFF0000),
-                                     {0xFF, 0, 0, 0x80, 0, 0xFF, 0, 0x80, 0, 0, 0xFF, 0x80, 0xFF,
-                                      0xFF, 0xFF, 0x80})},
-        PasteCase{"TopDown", cat(infoHeader(2, -2, 24),
-                                 {255, 0, 0, 255, 255, 255, 0, 0, 0, 0, 255, 0, 255, 0, 0, 0})},
+        {"32-bit fields",
+         cat(withMasks(infoHeader(2, 2, 32, 3), 0xFF, 0xFF00, 0xFF0000),
+             {0xFF, 0, 0, 0x80, 0, 0xFF, 0, 0x80, 0, 0, 0xFF, 0x80, 0xFF, 0xFF, 0xFF, 0x80})},
+        {"top-down",
+         cat(infoHeader(2, -2, 24), {255, 0, 0, 255, 255, 255, 0, 0, 0, 0, 255, 0, 255, 0, 0, 0})},
         // Read as the old core header, it would be a different picture.
-        PasteCase{"Version4Header",
-                  cat(v4Header(), {0, 0, 255, 0, 255, 0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0})}),
-    [](const auto& row) { return row.param.name; });
+        {"version 4 header",
+         cat(v4Header(), {0, 0, 255, 0, 255, 0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0})},
+    };
+    for (const auto& [name, block] : rows) {
+        SCOPED_TRACE(name);
+        const PackedDib dib = dibFromMimeData(mimeWith("image/bmp", bytesOf(block)).get());
+        ASSERT_TRUE(dib);
+        const QByteArray b = dibToBytes(dib);
+        EXPECT_EQ(b.left(20),
+                  bytesOf(infoHeader(2, 2, 24)).left(20)); // 2 x 2, 24 bits, uncompressed
+        EXPECT_EQ(b.mid(40), QByteArray("\0\0\xFF\0\xFF\0\0\0\xFF\0\0\xFF\xFF\xFF\0\0", 16));
+    }
+}
 
 TEST(ClipboardImage, CopyOffersABmpFileThatPastesBackUnchangedAndTheSamePng) {
     // 8 bits with a 4-entry colour table, which moves the pixel offset in the file header.

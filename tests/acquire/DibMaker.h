@@ -46,6 +46,12 @@ inline Bytes coreHeader(std::uint16_t width, std::uint16_t height, int bitCount)
     return b;
 }
 
+inline Bytes withMasks(Bytes b, std::uint32_t red, std::uint32_t green, std::uint32_t blue) {
+    for (std::uint32_t v : {red, green, blue})
+        put32(b, v);
+    return b;
+}
+
 // `head` followed by `bytes` and then `zeros` zero bytes.
 inline Bytes cat(Bytes head, std::initializer_list<std::uint8_t> bytes, std::size_t zeros = 0) {
     head.insert(head.end(), bytes);

@@ -33,8 +33,12 @@
 #include <fstream>
 
 using namespace lanmira;
+using namespace Qt::StringLiterals;
 
 namespace {
+
+const std::string kDefaultXml =
+    R"(<lanmira><oem company="Vornalt" app="Lanmira" url="https://vornalt.example/lanmira" display="Vornalt Lanmira"/></lanmira>)";
 
 // A fake installation: <tmp>/prefix/bin/lanmira (never run), its profile in <tmp>/prefix,
 // and the settings under <tmp>/config.
@@ -42,14 +46,14 @@ class AppFixture : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(m_dir.isValid());
-        QDir().mkpath(prefix() + QStringLiteral("/bin"));
+        QDir().mkpath(prefix() + u"/bin"_s);
         qputenv("XDG_CONFIG_HOME", configHome().toUtf8());
-        qputenv("XDG_CACHE_HOME", (m_dir.path() + QStringLiteral("/cache")).toUtf8());
+        qputenv("XDG_CACHE_HOME", (m_dir.path() + u"/cache"_s).toUtf8());
     }
 
-    QString prefix() const { return m_dir.path() + QStringLiteral("/prefix"); }
-    QString configHome() const { return m_dir.path() + QStringLiteral("/config"); }
-    QString exe() const { return prefix() + QStringLiteral("/bin/lanmira"); }
+    QString prefix() const { return m_dir.path() + u"/prefix"_s; }
+    QString configHome() const { return m_dir.path() + u"/config"_s; }
+    QString exe() const { return prefix() + u"/bin/lanmira"_s; }
 
     void writeProfile(const std::string& xml) {
         std::string error;
@@ -60,8 +64,7 @@ protected:
         ASSERT_TRUE(writer->write({reinterpret_cast<const std::uint8_t*>(xml.data()), xml.size()},
                                   exml, error))
             << error;
-        std::ofstream out(QString(prefix() + QStringLiteral("/lanmira.exml")).toStdString(),
-                          std::ios::binary);
+        std::ofstream out(QString(prefix() + u"/lanmira.exml"_s).toStdString(), std::ios::binary);
         out.write(reinterpret_cast<const char*>(exml.data()),
                   static_cast<std::streamsize>(exml.size()));
     }
@@ -85,6 +88,15 @@ protected:
                 }};
     }
 
+    // Writes the default profile and starts the program, opening `path` if given.
+    std::unique_ptr<CPellanoApp> start(const QString& path = {}) {
+        writeProfile(kDefaultXml);
+        CPellanoApp::Options opts = options();
+        opts.path = path;
+        auto app = std::make_unique<CPellanoApp>(opts);
+        return app->initInstance() ? std::move(app) : nullptr;
+    }
+
     QTemporaryDir m_dir;
     QStringList m_failures;
 };
@@ -106,86 +118,68 @@ const QByteArray kBitFieldDib = QByteArray::fromHex(
     "28000000020000000200000001001000030000000000000000000000000000000000000000000000"
     "00f80000e00700001f00000000f8e0071f00ffff");
 
-const std::string kDefaultXml =
-    R"(<lanmira><oem company="Vornalt" app="Lanmira" url="https://vornalt.example/lanmira" display="Vornalt Lanmira"/></lanmira>)";
-
 } // namespace
 
 TEST_F(AppFixture, StartsInBrowserModeWithDefaultsOnACleanAccount) {
-    writeProfile(kDefaultXml);
-    CPellanoApp app(options());
-    ASSERT_TRUE(app.initInstance());
+    const auto app = start();
+    ASSERT_TRUE(app);
     EXPECT_TRUE(m_failures.isEmpty());
-    EXPECT_EQ(app.mode(), 0u);
-    EXPECT_TRUE(app.browserFrame()->isVisible());
-    EXPECT_FALSE(app.viewerFrame()->isVisible());
-    EXPECT_EQ(app.mainWindow(), app.browserFrame());
-    EXPECT_EQ(app.programFolder(), prefix() + QStringLiteral("/bin/"));
-    EXPECT_EQ(app.company(), QStringLiteral("Vornalt"));
-    EXPECT_EQ(app.cameraModule(), QStringLiteral("orbicam.dll"));
-    EXPECT_EQ(app.secondCameraModule(), QStringLiteral("orbinam.dll"));
-    EXPECT_EQ(app.slideInterval(), 2000u);
-    EXPECT_TRUE(app.promptFlag());
-    EXPECT_TRUE(app.previewFlag());
-    EXPECT_EQ(app.captureTitle(), QStringLiteral("Lanmira"));
-    EXPECT_EQ(app.captureExtension(), QStringLiteral("jpg"));
-    EXPECT_NE(app.captureFormat(), 0);
-    EXPECT_TRUE(app.captureFormatList().contains(QStringLiteral("tif")));
+    EXPECT_EQ(app->mode(), 0u);
+    EXPECT_TRUE(app->browserFrame()->isVisible());
+    EXPECT_FALSE(app->viewerFrame()->isVisible());
+    EXPECT_EQ(app->mainWindow(), app->browserFrame());
+    EXPECT_EQ(app->programFolder(), prefix() + u"/bin/"_s);
+    EXPECT_EQ(app->company(), u"Vornalt"_s);
+    EXPECT_EQ(app->cameraModule(), u"orbicam.dll"_s);
+    EXPECT_EQ(app->secondCameraModule(), u"orbinam.dll"_s);
+    EXPECT_EQ(app->slideInterval(), 2000u);
+    EXPECT_TRUE(app->promptFlag());
+    EXPECT_TRUE(app->previewFlag());
+    EXPECT_EQ(app->captureTitle(), u"Lanmira"_s);
+    EXPECT_EQ(app->captureExtension(), u"jpg"_s);
+    EXPECT_NE(app->captureFormat(), 0);
+    EXPECT_TRUE(app->captureFormatList().contains(u"tif"_s));
     // The demo camera is always there, after any real one.
-    ASSERT_FALSE(app.cameras().empty());
-    EXPECT_EQ(app.cameras().back().id, QStringLiteral("demo:colour"));
-    EXPECT_EQ(app.exitInstance(0), 0);
+    ASSERT_FALSE(app->cameras().empty());
+    EXPECT_EQ(app->cameras().back().id, u"demo:colour"_s);
+    EXPECT_EQ(app->exitInstance(0), 0);
 
-    const QString written = readSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"));
+    const QString written = readSettings(u"Vornalt/Lanmira/Lanmira.conf"_s);
     // Shutdown writes the five values in their order.
-    const qsizetype slide = written.indexOf(QStringLiteral("slide=2000"));
-    const qsizetype preview = written.indexOf(QStringLiteral("Preview=1"));
-    const qsizetype prompt = written.indexOf(QStringLiteral("Prompt=1"));
+    const qsizetype slide = written.indexOf(u"slide=2000"_s);
+    const qsizetype preview = written.indexOf(u"Preview=1"_s);
+    const qsizetype prompt = written.indexOf(u"Prompt=1"_s);
     EXPECT_GE(slide, 0);
     EXPECT_GT(preview, slide);
     EXPECT_GT(prompt, preview);
-    EXPECT_TRUE(written.contains(QStringLiteral("title=Lanmira")));
-    EXPECT_TRUE(written.contains(QStringLiteral("ext=jpg")));
+    EXPECT_TRUE(written.contains(u"title=Lanmira"_s));
+    EXPECT_TRUE(written.contains(u"ext=jpg"_s));
 }
 
 TEST_F(AppFixture, StoredValuesAreClampedWhenReadAndWrittenBackClamped) {
     writeProfile(kDefaultXml);
-    struct Row {
-        const char* stored;
-        std::uint32_t used;
+    // The stored and used interval, then the stored extension, the one used and its format.
+    const std::tuple<const char*, std::uint32_t, const char*, const char*, int> rows[] = {
+        {"0", 1000, "", "jpg", 2},          {"500", 1000, "PNG", "PNG", 3},
+        {"5000000", 3600000, "", "jpg", 2}, {"-1", 3600000, "", "jpg", 2},
+        {"2500", 2500, "", "jpg", 2},       {"nonsense", 2000, "xyz", "xyz", 0},
     };
-    for (const Row r : {Row{"0", 1000}, Row{"500", 1000}, Row{"5000000", 3600000},
-                        Row{"-1", 3600000}, Row{"2500", 2500}, Row{"nonsense", 2000}}) {
-        SCOPED_TRACE(r.stored);
-        writeSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"),
-                      QByteArray("[options]\nslide=") + r.stored +
-                          "\nPrompt=0\n[titleext]\next=\ntitle=Slide\n");
+    for (const auto& [stored, used, ext, usedExt, format] : rows) {
+        SCOPED_TRACE(stored);
+        writeSettings(u"Vornalt/Lanmira/Lanmira.conf"_s, QByteArray("[options]\nslide=") + stored +
+                                                             "\nPrompt=0\n[titleext]\next=" + ext +
+                                                             "\ntitle=Slide\n");
         CPellanoApp app(options());
         ASSERT_TRUE(app.initInstance());
-        EXPECT_EQ(app.slideInterval(), r.used);
+        EXPECT_EQ(app.slideInterval(), used);
         EXPECT_FALSE(app.promptFlag());
-        EXPECT_EQ(app.captureExtension(), QStringLiteral("jpg")); // empty reads as jpg
-        EXPECT_EQ(app.captureTitle(), QStringLiteral("Slide"));
+        EXPECT_EQ(app.captureExtension(), QString::fromUtf8(usedExt));
+        EXPECT_EQ(app.captureFormat(), format);
+        EXPECT_EQ(app.captureTitle(), u"Slide"_s);
         app.exitInstance(0);
-        EXPECT_TRUE(readSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"))
-                        .contains(QStringLiteral("slide=%1").arg(r.used)));
+        EXPECT_TRUE(
+            readSettings(u"Vornalt/Lanmira/Lanmira.conf"_s).contains(u"slide=%1"_s.arg(used)));
     }
-}
-
-TEST_F(AppFixture, CaptureFormatFollowsTheStoredExtension) {
-    writeProfile(kDefaultXml);
-    writeSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"), "[titleext]\next=PNG\n");
-    CPellanoApp app(options());
-    ASSERT_TRUE(app.initInstance());
-    EXPECT_EQ(app.captureFormat(), 3);
-    app.exitInstance(0);
-
-    writeSettings(QStringLiteral("Vornalt/Lanmira/Lanmira.conf"), "[titleext]\next=xyz\n");
-    CPellanoApp unknown(options());
-    ASSERT_TRUE(unknown.initInstance());
-    EXPECT_EQ(unknown.captureFormat(), 0);
-    EXPECT_EQ(unknown.captureExtension(), QStringLiteral("xyz"));
-    unknown.exitInstance(0);
 }
 
 TEST_F(AppFixture, ProfileNamingAnotherCompanyKeepsItsSettingsApart) {
@@ -193,85 +187,77 @@ TEST_F(AppFixture, ProfileNamingAnotherCompanyKeepsItsSettingsApart) {
         R"(<lanmira vnupdate="check monthly"><oem company="Acme" app="Scope"/></lanmira>)");
     CPellanoApp app(options());
     ASSERT_TRUE(app.initInstance());
-    EXPECT_EQ(app.app(), QStringLiteral("Scope"));
+    EXPECT_EQ(app.app(), u"Scope"_s);
     EXPECT_TRUE(app.url().isEmpty()); // a company was given, so no built-in url
     app.exitInstance(0);
-    EXPECT_TRUE(QFile::exists(configHome() + QStringLiteral("/Acme/Scope/Scope.conf")));
-    EXPECT_FALSE(QFile::exists(configHome() + QStringLiteral("/Vornalt/Lanmira/Lanmira.conf")));
+    EXPECT_TRUE(QFile::exists(configHome() + u"/Acme/Scope/Scope.conf"_s));
+    EXPECT_FALSE(QFile::exists(configHome() + u"/Vornalt/Lanmira/Lanmira.conf"_s));
 }
 
 TEST_F(AppFixture, ProfileFaultsAreReportedAndNothingIsWritten) {
-    // No profile anywhere.
-    {
+    for (const bool present : {false, true}) {
+        if (present)
+            writeProfile("<other/>");
         CPellanoApp app(options());
         EXPECT_FALSE(app.initInstance());
         app.exitInstance(0);
     }
-    writeProfile("<other/>");
-    {
-        CPellanoApp app(options());
-        EXPECT_FALSE(app.initInstance());
-        app.exitInstance(0);
-    }
-    EXPECT_EQ(m_failures, QStringList({QStringLiteral("The exml file is missing."),
-                                       QStringLiteral("Bad syntax in the exml file .")}));
+    EXPECT_EQ(m_failures,
+              QStringList({u"The exml file is missing."_s, u"Bad syntax in the exml file ."_s}));
     EXPECT_FALSE(QDir(configHome()).exists());
 }
 
 TEST_F(AppFixture, ClosingOneFrameClosesTheOtherAndEndsTheEventLoop) {
-    writeProfile(kDefaultXml);
-    CPellanoApp app(options());
-    ASSERT_TRUE(app.initInstance());
+    const auto app = start();
+    ASSERT_TRUE(app);
     bool quitByApp = false;
-    QTimer::singleShot(0, [&] { app.browserFrame()->close(); });
+    QTimer::singleShot(0, [&] { app->browserFrame()->close(); });
     // A hang here would mean the viewer frame was never asked to close.
     QTimer::singleShot(10000, [&] { QCoreApplication::exit(99); });
     quitByApp = QApplication::exec() == 0;
     EXPECT_TRUE(quitByApp);
-    EXPECT_FALSE(app.browserFrame()->isVisible());
-    EXPECT_FALSE(app.viewerFrame()->isVisible());
-    app.exitInstance(0);
+    EXPECT_FALSE(app->browserFrame()->isVisible());
+    EXPECT_FALSE(app->viewerFrame()->isVisible());
+    app->exitInstance(0);
 }
 
 TEST_F(AppFixture, ExitAndAboutAreAlwaysAvailableAndUnknownCommandsAreNot) {
-    writeProfile(kDefaultXml);
-    CPellanoApp app(options());
-    ASSERT_TRUE(app.initInstance());
-    CommandRouter& router = app.browserFrame()->router();
+    const auto app = start();
+    ASSERT_TRUE(app);
+    CommandRouter& router = app->browserFrame()->router();
     EXPECT_TRUE(router.query(cmd::ID_APP_EXIT).enabled);
     EXPECT_TRUE(router.query(cmd::ID_APP_ABOUT).enabled);
     EXPECT_FALSE(router.query(cmd::ID_FILE_SAVE).enabled);
     EXPECT_FALSE(router.dispatch(cmd::ID_FILE_SAVE));
-    EXPECT_TRUE(app.viewerFrame()->router().query(cmd::ID_APP_EXIT).enabled);
-    app.exitInstance(0);
+    EXPECT_TRUE(app->viewerFrame()->router().query(cmd::ID_APP_EXIT).enabled);
+    app->exitInstance(0);
 }
 
 TEST_F(AppFixture, ModesTakeTurnsInOnePlaceAndAChangedPictureMayKeepTheViewer) {
-    writeProfile(kDefaultXml);
-    CPellanoApp app(options());
-    ASSERT_TRUE(app.initInstance());
-    CMainFrame1* browser = app.browserFrame();
-    CMainFrame2* viewer = app.viewerFrame();
+    const auto app = start();
+    ASSERT_TRUE(app);
+    CMainFrame1* browser = app->browserFrame();
+    CMainFrame2* viewer = app->viewerFrame();
     browser->setGeometry(40, 50, 700, 500);
 
-    ASSERT_TRUE(app.switchMode(1));
-    EXPECT_EQ(app.mode(), 1u);
+    ASSERT_TRUE(app->switchMode(1));
+    EXPECT_EQ(app->mode(), 1u);
     EXPECT_TRUE(viewer->isVisible());
     EXPECT_FALSE(browser->isVisible());
     EXPECT_EQ(viewer->geometry(), QRect(40, 50, 700, 500));
     EXPECT_EQ(BrowserList::instance().stopRequest.load(), BrowserList::kStopAbandon);
     EXPECT_TRUE(ViewerReceiver::isSet());
-    EXPECT_TRUE(app.switchMode(1));
+    EXPECT_TRUE(app->switchMode(1));
 
     // An untitled, changed picture: Cancel keeps the viewer, No lets it go.
     viewer->view()->adopt(dibFromBytes(kBitFieldDib));
     int boxes = 0;
     answerNextBox(QMessageBox::Cancel, &boxes);
-    EXPECT_FALSE(app.switchMode(0));
-    EXPECT_EQ(app.mode(), 1u);
+    EXPECT_FALSE(app->switchMode(0));
+    EXPECT_EQ(app->mode(), 1u);
     EXPECT_TRUE(viewer->isVisible());
     answerNextBox(QMessageBox::No, &boxes);
-    EXPECT_TRUE(app.switchMode(0));
+    EXPECT_TRUE(app->switchMode(0));
     EXPECT_EQ(boxes, 2);
     EXPECT_TRUE(browser->isVisible());
     EXPECT_FALSE(viewer->isVisible());
@@ -279,29 +265,28 @@ TEST_F(AppFixture, ModesTakeTurnsInOnePlaceAndAChangedPictureMayKeepTheViewer) {
     // With the prompt flag off, nobody is asked.
     browser->router().dispatch(cmd::ID_PROMPT_TO_SAVE);
     EXPECT_FALSE(browser->router().query(cmd::ID_PROMPT_TO_SAVE).checked);
-    ASSERT_TRUE(app.switchMode(1));
+    ASSERT_TRUE(app->switchMode(1));
     answerNextBox(QMessageBox::Cancel, &boxes);
-    EXPECT_TRUE(app.switchMode(0));
+    EXPECT_TRUE(app->switchMode(0));
     QApplication::processEvents();
     EXPECT_EQ(boxes, 2);
-    app.exitInstance(0);
+    app->exitInstance(0);
 }
 
 TEST_F(AppFixture, PasteAsNewFileTakesOnlyAPictureAndShowsItUntitledIn24Bits) {
-    writeProfile(kDefaultXml);
-    CPellanoApp app(options());
-    ASSERT_TRUE(app.initInstance());
-    CommandRouter& router = app.browserFrame()->router();
-    QApplication::clipboard()->setText(QStringLiteral("no picture"));
+    const auto app = start();
+    ASSERT_TRUE(app);
+    CommandRouter& router = app->browserFrame()->router();
+    QApplication::clipboard()->setText(u"no picture"_s);
     EXPECT_FALSE(router.query(cmd::ID_PASTE_AS_NEW_FILE).enabled);
 
     auto* mime = new QMimeData;
-    mime->setData(QStringLiteral("image/bmp"), kBitFieldDib);
+    mime->setData(u"image/bmp"_s, kBitFieldDib);
     QApplication::clipboard()->setMimeData(mime);
     ASSERT_TRUE(router.query(cmd::ID_PASTE_AS_NEW_FILE).enabled);
     ASSERT_TRUE(router.dispatch(cmd::ID_PASTE_AS_NEW_FILE));
-    EXPECT_EQ(app.mode(), 1u);
-    const ImageDocument& doc = app.viewerFrame()->view()->document();
+    EXPECT_EQ(app->mode(), 1u);
+    const ImageDocument& doc = app->viewerFrame()->view()->document();
     ASSERT_TRUE(QTest::qWaitFor([&] { return doc.hasPicture(); }, 5000));
     EXPECT_TRUE(doc.filePath().isEmpty());
     EXPECT_TRUE(doc.modified());
@@ -309,65 +294,62 @@ TEST_F(AppFixture, PasteAsNewFileTakesOnlyAPictureAndShowsItUntitledIn24Bits) {
     EXPECT_EQ(shown[14], char(24));                                 // bit count
     EXPECT_EQ(shown[16], char(0));                                  // compression
     EXPECT_EQ(shown.mid(40, 6), QByteArray("\0\0\xFF\0\xFF\0", 6)); // red, green
-    app.exitInstance(0);
+    app->exitInstance(0);
 }
 
 TEST_F(AppFixture, AFileOnTheCommandLineOpensInTheViewerWithItsFolderListed) {
-    writeProfile(kDefaultXml);
-    const QString folder = m_dir.path() + QStringLiteral("/pictures");
+    const QString folder = m_dir.path() + u"/pictures"_s;
     QDir().mkpath(folder);
     for (const char* name : {"a.bmp", "b.bmp", "c.bmp"}) {
         QImage image(8, 6, QImage::Format_RGB32);
         image.fill(Qt::blue);
         ASSERT_TRUE(image.save(folder + u'/' + QString::fromLatin1(name), "BMP"));
     }
-    CPellanoApp::Options opts = options();
-    opts.path = folder + QStringLiteral("/b.bmp");
-    CPellanoApp app(opts);
-    ASSERT_TRUE(app.initInstance());
-    const ImageDocument& doc = app.viewerFrame()->view()->document();
-    CommandRouter& router = app.viewerFrame()->router();
+    const QString path = folder + u"/b.bmp"_s;
+    const auto app = start(path);
+    ASSERT_TRUE(app);
+    const ImageDocument& doc = app->viewerFrame()->view()->document();
+    CommandRouter& router = app->viewerFrame()->router();
     // The folder is listed before the shown file is looked up in it, so both steps work.
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return doc.hasPicture() && router.query(cmd::ID_IMAGE_NEXT).enabled; }, 10000));
-    EXPECT_EQ(app.mode(), 1u);
-    EXPECT_EQ(doc.filePath(), opts.path);
+    EXPECT_EQ(app->mode(), 1u);
+    EXPECT_EQ(doc.filePath(), path);
     EXPECT_EQ(BrowserList::instance().items().size(), 3u);
     EXPECT_TRUE(router.query(cmd::ID_IMAGE_PREVIOUS).enabled);
-    EXPECT_FALSE(app.browserFrame()->isVisible());
-    app.exitInstance(0);
+    EXPECT_FALSE(app->browserFrame()->isVisible());
+    app->exitInstance(0);
 }
 
 TEST_F(AppFixture, ClosingWithAChangedPictureAsksOnceAndCancelKeepsTheProgram) {
-    writeProfile(kDefaultXml);
-    CPellanoApp app(options());
-    ASSERT_TRUE(app.initInstance());
-    app.viewerFrame()->view()->adopt(dibFromBytes(kBitFieldDib));
+    const auto app = start();
+    ASSERT_TRUE(app);
+    app->viewerFrame()->view()->adopt(dibFromBytes(kBitFieldDib));
     int boxes = 0;
     answerNextBox(QMessageBox::Cancel, &boxes);
-    EXPECT_FALSE(app.browserFrame()->close());
-    EXPECT_TRUE(app.browserFrame()->isVisible());
+    EXPECT_FALSE(app->browserFrame()->close());
+    EXPECT_TRUE(app->browserFrame()->isVisible());
 
     // No: both frames go, and the hidden one does not ask again.
     QTimer::singleShot(0, [&] {
         answerNextBox(QMessageBox::No, &boxes);
-        app.browserFrame()->close();
+        app->browserFrame()->close();
     });
     QTimer watchdog; // gone with the test, so it cannot end a later test's event loop
     QObject::connect(&watchdog, &QTimer::timeout, [] { QCoreApplication::exit(99); });
     watchdog.start(10000);
     EXPECT_EQ(QApplication::exec(), 0);
     EXPECT_EQ(boxes, 2);
-    EXPECT_FALSE(app.viewerFrame()->isVisible());
-    app.exitInstance(0);
+    EXPECT_FALSE(app->viewerFrame()->isVisible());
+    app->exitInstance(0);
 }
 
 TEST(AboutBox, ShowsVersionAndBuildDate) {
     CAboutDlg about;
-    const auto* version = about.findChild<QLabel*>(QStringLiteral("version"));
-    const auto* build = about.findChild<QLabel*>(QStringLiteral("buildDate"));
+    const auto* version = about.findChild<QLabel*>(u"version"_s);
+    const auto* build = about.findChild<QLabel*>(u"buildDate"_s);
     ASSERT_TRUE(version && build);
-    EXPECT_TRUE(version->text().contains(QStringLiteral("1.1.4004")));
+    EXPECT_TRUE(version->text().contains(u"1.1.4004"_s));
     EXPECT_TRUE(build->text().contains(CAboutDlg::buildDate()));
     EXPECT_FALSE(CAboutDlg::buildDate().isEmpty());
 }
@@ -386,7 +368,7 @@ TEST(SingleInstanceLock, SecondHolderIsRefusedAndADeadOwnersLockIsTakenOver) {
     // A lock file left by a process that no longer runs.
     QTemporaryDir stale;
     QProcess done;
-    done.start(QStringLiteral("true"));
+    done.start(u"true"_s);
     ASSERT_TRUE(done.waitForFinished());
     const qint64 deadPid = done.processId() ? done.processId() : 999999;
     SingleInstance probe(stale.path());

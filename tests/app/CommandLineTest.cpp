@@ -4,6 +4,7 @@
 
 using lanmira::CommandLine;
 using Action = CommandLine::Action;
+using namespace Qt::StringLiterals;
 
 TEST(CommandLine, ParsesOptionsPathsAndQtsOwnOptions) {
     struct Row {
@@ -13,22 +14,18 @@ TEST(CommandLine, ParsesOptionsPathsAndQtsOwnOptions) {
     };
     const std::vector<Row> rows = {
         {{}, Action::Run, {}},
-        {{QStringLiteral("/data/slides")}, Action::Run, QStringLiteral("/data/slides")},
-        {{QStringLiteral("--version")}, Action::PrintVersion, {}},
-        {{QStringLiteral("a.png"), QStringLiteral("--help")}, Action::PrintHelp, {}},
-        {{QStringLiteral("-h")}, Action::PrintHelp, {}},
-        {{QStringLiteral("--frobnicate")}, Action::Error, {}},
-        {{QStringLiteral("a.png"), QStringLiteral("b.png")}, Action::Error, {}},
+        {{u"/data/slides"_s}, Action::Run, u"/data/slides"_s},
+        {{u"--version"_s}, Action::PrintVersion, {}},
+        {{u"a.png"_s, u"--help"_s}, Action::PrintHelp, {}},
+        {{u"-h"_s}, Action::PrintHelp, {}},
+        {{u"--frobnicate"_s}, Action::Error, {}},
+        {{u"a.png"_s, u"b.png"_s}, Action::Error, {}},
         // Qt takes these itself; their values are not our path.
-        {{QStringLiteral("-platform"), QStringLiteral("offscreen"), QStringLiteral("x.tif")},
-         Action::Run,
-         QStringLiteral("x.tif")},
-        {{QStringLiteral("--style=fusion"), QStringLiteral("-reverse")}, Action::Run, {}},
+        {{u"-platform"_s, u"offscreen"_s, u"x.tif"_s}, Action::Run, u"x.tif"_s},
+        {{u"--style=fusion"_s, u"-reverse"_s}, Action::Run, {}},
         // After "--" a name that starts with a dash is a file.
-        {{QStringLiteral("--"), QStringLiteral("-odd.jpg")},
-         Action::Run,
-         QStringLiteral("-odd.jpg")},
-        {{QStringLiteral("-")}, Action::Run, QStringLiteral("-")},
+        {{u"--"_s, u"-odd.jpg"_s}, Action::Run, u"-odd.jpg"_s},
+        {{u"-"_s}, Action::Run, u"-"_s},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.args.join(u' ').toStdString());
@@ -37,13 +34,11 @@ TEST(CommandLine, ParsesOptionsPathsAndQtsOwnOptions) {
         if (r.action == Action::Run) {
             EXPECT_EQ(cl.path, r.path);
         }
-        if (r.action == Action::Error) {
-            EXPECT_FALSE(cl.error.isEmpty());
-        }
+        EXPECT_EQ(cl.error.isEmpty(), r.action != Action::Error);
     }
 }
 
 TEST(CommandLine, VersionTextIsExact) {
-    EXPECT_EQ(CommandLine::versionText(), QStringLiteral("Lanmira 1.1.4004"));
-    EXPECT_TRUE(CommandLine::helpText().contains(QStringLiteral("--version")));
+    EXPECT_EQ(CommandLine::versionText(), u"Lanmira 1.1.4004"_s);
+    EXPECT_TRUE(CommandLine::helpText().contains(u"--version"_s));
 }

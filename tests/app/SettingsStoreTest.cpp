@@ -1,7 +1,5 @@
 #include "app/SettingsStore.h"
 
-#include "app/SettingClamp.h"
-
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -37,13 +35,6 @@ TEST(SettingsStore, CompaniesAndAppsKeepSeparateSettings) {
     second.writeString(u"options"_s, u"slide"_s, u"Probe Ä 日本"_s);
     EXPECT_EQ(first.readInt(u"options"_s, u"slide"_s, 0), 1500);
     EXPECT_EQ(second.readString(u"options"_s, u"slide"_s, QString()), u"Probe Ä 日本"_s);
-}
-
-TEST(SettingClamp, ComparesWithoutSign) {
-    const std::pair<int32_t, uint32_t> cases[] = {
-        {0, 1000}, {500, 1000}, {2000, 2000}, {5'000'000, 3'600'000}, {-5, 3'600'000}};
-    for (const auto& [stored, used] : cases)
-        EXPECT_EQ(lanmira::clampUnsigned(stored, 1000, 3'600'000), used) << stored;
 }
 
 } // namespace

@@ -27,35 +27,43 @@ void PrintTo(const QString& text, std::ostream* os) {
 
 namespace {
 
+using Names = std::vector<QString>;
+
 class Folder {
 public:
-    Folder() { EXPECT_TRUE(m_dir.isValid()); }
-
     QString path() const { return m_dir.path() + u'/'; }
     QByteArray raw(const QString& name) const { return QFile::encodeName(path() + name); }
 
-    void touch(const QString& name) const {
-        QFile file(path() + name);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << name.toStdString();
+    void touch(std::initializer_list<const char*> names) const {
+        for (const char* name : names)
+            EXPECT_TRUE(QFile(path() + QString::fromUtf8(name)).open(QIODevice::WriteOnly));
     }
-    void mkdir(const QString& name) const { EXPECT_TRUE(QDir(m_dir.path()).mkpath(name)); }
     void link(const QString& name, const QString& target) const {
         EXPECT_EQ(::symlink(QFile::encodeName(target).constData(), raw(name).constData()), 0);
     }
     void remove(const QString& name) const { EXPECT_TRUE(QFile::remove(path() + name)); }
 
+    // A sorted list of the folder's images.
+    std::unique_ptr<BrowserList> scan() const {
+        auto list = std::make_unique<BrowserList>();
+        list->currentFolder = path();
+        list->fullScan();
+        list->sort();
+        return list;
+    }
+
 private:
     QTemporaryDir m_dir;
 };
 
-std::vector<QString> namesOf(const BrowserList& list) {
-    std::vector<QString> names;
+Names namesOf(const BrowserList& list) {
+    Names names;
     for (const auto& item : list.items())
-        names.push_back(item->path.mid(item->path.lastIndexOf(u'/') + 1));
+        names.push_back(item->path.section(u'/', -1));
     return names;
 }
 
-std::vector<QString> sorted(std::vector<QString> names) {
+Names sorted(Names names) {
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -87,12 +95,9 @@ TEST(FormatLookup, MatchesExtensionsIgnoringCase) {
 
 TEST(BrowserListScan, ListsImageFilesAndShortcutsToImagesOnly) {
     Folder dir;
-    for (const auto* name :
-         {"a.jpg", "B.JPG", "c.Png", "notes.txt", "noext", "trailing.", "filtered.tif"})
-        dir.touch(QString::fromUtf8(name));
-    dir.mkdir(u"folder.jpg"_s);
-    dir.mkdir(u"other"_s);
-    dir.touch(u"other/pic.gif"_s);
+    dir.touch({"a.jpg", "B.JPG", "c.Png", "notes.txt", "noext", "trailing.", "filtered.tif"});
+    ASSERT_TRUE(QDir(dir.path()).mkpath(u"folder.jpg"_s) && QDir(dir.path()).mkpath(u"other"_s));
+    dir.touch({"other/pic.gif"});
     ASSERT_EQ(::mkfifo(dir.raw(u"pipe.jpg"_s).constData(), 0600), 0);
     // Not valid UTF-8: cannot be shown, must not break the scan.
     const QByteArray badName = QFile::encodeName(dir.path()) + "bad\xff.jpg";
@@ -115,8 +120,8 @@ TEST(BrowserListScan, ListsImageFilesAndShortcutsToImagesOnly) {
     list.currentFolder = dir.path();
     list.fullScan();
 
-    EXPECT_EQ(sorted(namesOf(list)), (std::vector<QString>{u"B.JPG"_s, u"a.jpg"_s, u"c.Png"_s,
-                                                           u"link-to-a"_s, u"up.bmp"_s}));
+    EXPECT_EQ(sorted(namesOf(list)),
+              (Names{u"B.JPG"_s, u"a.jpg"_s, u"c.Png"_s, u"link-to-a"_s, u"up.bmp"_s}));
     EXPECT_EQ(find(list, u"c.Png"_s)->format, 3u);
     EXPECT_FALSE(find(list, u"a.jpg"_s)->isShortcut());
     const BrowserItem* shortcut = find(list, u"link-to-a"_s);
@@ -135,22 +140,14 @@ TEST(BrowserListScan, ListsImageFilesAndShortcutsToImagesOnly) {
 }
 
 TEST(BrowserListSort, EveryKeyAscendingAndItsExactReverse) {
-    struct Row {
-        const char* path;
-        std::int32_t width, height;
-        const char* target;
-    };
     // Ties on purpose: three images of 200 pixels, two of width 10 and height 20, two
     // unknown sizes; 50000 x 50000 wraps to a negative 32-bit pixel count.
-    const Row rows[] = {
+    const std::tuple<const char*, std::int32_t, std::int32_t, const char*> rows[] = {
         {"/f/c.tif", 10, 20, ""},    {"/f/huge.gif", 50000, 50000, ""}, {"/f/b.jpg", 20, 10, ""},
         {"/f/e", 30, 5, "/f/t.bmp"}, {"/f/A.png", 10, 20, ""},          {"/f/d.JPG", 0, 0, ""},
         {"/f/f.xyz", 0, 0, ""},
     };
-    const struct {
-        SortKey key;
-        std::vector<QString> ascending;
-    } cases[] = {
+    const std::pair<SortKey, Names> cases[] = {
         {SortKey::Name,
          {u"A.png"_s, u"b.jpg"_s, u"c.tif"_s, u"d.JPG"_s, u"e"_s, u"f.xyz"_s, u"huge.gif"_s}},
         {SortKey::Type,
@@ -164,103 +161,83 @@ TEST(BrowserListSort, EveryKeyAscendingAndItsExactReverse) {
         {SortKey::Extension,
          {u"e"_s, u"huge.gif"_s, u"b.jpg"_s, u"d.JPG"_s, u"A.png"_s, u"c.tif"_s, u"f.xyz"_s}},
     };
-
-    for (const auto& c : cases) {
-        SCOPED_TRACE(static_cast<int>(c.key));
+    for (const auto& [key, ascending] : cases) {
+        SCOPED_TRACE(static_cast<int>(key));
         BrowserList list;
-        for (const Row& s : rows) {
-            auto item = std::make_unique<BrowserItem>(QString::fromUtf8(s.path), 1u,
-                                                      QString::fromUtf8(s.target));
-            item->imageWidth = s.width;
-            item->imageHeight = s.height;
-            list.items().push_back(std::move(item));
+        for (const auto& [path, width, height, target] : rows) {
+            auto& item = list.items().emplace_back(std::make_unique<BrowserItem>(
+                QString::fromUtf8(path), 1u, QString::fromUtf8(target)));
+            item->imageWidth = width;
+            item->imageHeight = height;
         }
-        list.sortKey = static_cast<std::int32_t>(c.key);
-        list.sortDirection = 0;
-        EXPECT_TRUE(list.sort());
-        EXPECT_EQ(namesOf(list), c.ascending);
-        EXPECT_FALSE(list.sort()) << "a sorted list reports no change";
-
-        list.sortDirection = 1;
-        EXPECT_TRUE(list.sort());
-        std::vector<QString> descending(c.ascending.rbegin(), c.ascending.rend());
-        EXPECT_EQ(namesOf(list), descending);
-        EXPECT_FALSE(list.sort());
+        list.sortKey = static_cast<std::int32_t>(key);
+        for (const std::int32_t direction : {0, 1}) {
+            list.sortDirection = direction;
+            EXPECT_TRUE(list.sort());
+            EXPECT_EQ(namesOf(list),
+                      direction ? Names(ascending.rbegin(), ascending.rend()) : ascending);
+            EXPECT_FALSE(list.sort()) << "a sorted list reports no change";
+        }
     }
-}
-
-TEST(BrowserListSort, NamesDifferingOnlyInCaseStillHaveOneOrder) {
+    // Names differing only in case still have one order.
     const BrowserItem upper(u"/f/IMG.jpg"_s, 2), lower(u"/f/img.jpg"_s, 2);
-    for (std::int32_t direction : {0, 1}) {
+    for (const std::int32_t direction : {0, 1})
         EXPECT_NE(BrowserList::before(upper, lower, 0, direction),
                   BrowserList::before(lower, upper, 0, direction));
-    }
 }
 
 TEST(BrowserListRescan, AppendsOnlyNewNamesAtTheEnd) {
     Folder dir;
-    dir.touch(u"b.jpg"_s);
-    dir.touch(u"c.jpg"_s);
-    BrowserList list;
-    list.currentFolder = dir.path();
-    list.fullScan();
-    list.sort();
-
-    dir.touch(u"a.jpg"_s);
-    dir.touch(u"B.jpg"_s); // a different file on Linux
-    dir.touch(u"new.txt"_s);
+    dir.touch({"b.jpg", "c.jpg"});
+    const auto list = dir.scan();
+    dir.touch({"a.jpg", "B.jpg", "new.txt"}); // B.jpg: a different file on Linux
     dir.remove(u"c.jpg"_s);
-    EXPECT_TRUE(list.rescanForAdditions());
-    const auto names = namesOf(list);
+    EXPECT_TRUE(list->rescanForAdditions());
+    const Names names = namesOf(*list);
     ASSERT_EQ(names.size(), 4u);
-    EXPECT_EQ((std::vector<QString>(names.begin(), names.begin() + 2)),
-              (std::vector<QString>{u"b.jpg"_s, u"c.jpg"_s}))
+    EXPECT_EQ(Names(names.begin(), names.begin() + 2), (Names{u"b.jpg"_s, u"c.jpg"_s}))
         << "existing items keep their places, vanished ones stay";
-    EXPECT_EQ(sorted({names[2], names[3]}), (std::vector<QString>{u"B.jpg"_s, u"a.jpg"_s}));
-    EXPECT_FALSE(list.rescanForAdditions());
+    EXPECT_EQ(sorted({names[2], names[3]}), (Names{u"B.jpg"_s, u"a.jpg"_s}));
+    EXPECT_FALSE(list->rescanForAdditions());
 }
 
 TEST(BrowserListSelection, SelectsAndRemovesOnlyWhatIsGone) {
     Folder dir;
-    for (const auto* name : {"a.jpg", "b.jpg", "c.jpg", "d.jpg"})
-        dir.touch(QString::fromUtf8(name));
+    dir.touch({"a.jpg", "b.jpg", "c.jpg", "d.jpg"});
     dir.link(u"s.jpg"_s, u"d.jpg"_s);
-    BrowserList list;
-    list.currentFolder = dir.path();
-    list.fullScan();
-    list.sortKey = 0;
-    list.sort();
-    ASSERT_EQ(namesOf(list).size(), 5u);
+    const auto list = dir.scan();
+    ASSERT_EQ(namesOf(*list).size(), 5u);
 
-    list.selectAll();
-    list.items()[2]->setSelected(false); // c.jpg
-    EXPECT_EQ(list.selectedCount(), 4);
-    list.invertSelection();
-    EXPECT_EQ(list.selectedPaths(), std::vector<QString>{dir.path() + u"c.jpg"_s});
-    list.invertSelection();
+    list->selectAll();
+    list->items()[2]->setSelected(false); // c.jpg
+    EXPECT_EQ(list->selectedCount(), 4);
+    list->invertSelection();
+    EXPECT_EQ(list->selectedPaths(), Names{dir.path() + u"c.jpg"_s});
+    list->invertSelection();
 
     dir.remove(u"a.jpg"_s);
     dir.remove(u"c.jpg"_s); // gone but not selected: stays
     dir.remove(u"d.jpg"_s); // the shortcut to it remains a file of its own
-    EXPECT_TRUE(list.removeSelectedGone());
-    EXPECT_EQ(namesOf(list), (std::vector<QString>{u"b.jpg"_s, u"c.jpg"_s, u"s.jpg"_s}));
-    EXPECT_FALSE(list.removeSelectedGone());
+    EXPECT_TRUE(list->removeSelectedGone());
+    EXPECT_EQ(namesOf(*list), (Names{u"b.jpg"_s, u"c.jpg"_s, u"s.jpg"_s}));
+    EXPECT_FALSE(list->removeSelectedGone());
 
-    EXPECT_EQ(list.removePath(dir.path() + u"C.JPG"_s), -1) << "paths match exactly";
-    EXPECT_EQ(list.removePath(dir.path() + u"c.jpg"_s), 1);
-    EXPECT_EQ(namesOf(list), (std::vector<QString>{u"b.jpg"_s, u"s.jpg"_s}));
+    EXPECT_EQ(list->removePath(dir.path() + u"C.JPG"_s), -1) << "paths match exactly";
+    EXPECT_EQ(list->removePath(dir.path() + u"c.jpg"_s), 1);
+    EXPECT_EQ(namesOf(*list), (Names{u"b.jpg"_s, u"s.jpg"_s}));
 }
 
 TEST(BrowserSettings, RoundTripsAndIgnoresBadValues) {
     QTemporaryDir home;
     const std::filesystem::path root = home.path().toStdString();
-    BrowserList defaults;
+    const auto values = [](const BrowserList& l) {
+        return std::tuple(l.sortKey, l.sortDirection, l.largeMode);
+    };
     BrowserSettings settings(u"Acme"_s, u"Scope"_s, root);
-    settings.load(defaults);
-    EXPECT_EQ(defaults.sortKey, 0);
-    EXPECT_EQ(defaults.sortDirection, 0);
-    EXPECT_EQ(defaults.largeMode, 1);
-    EXPECT_EQ(defaults.formatFilter[15], 5u);
+    BrowserList loaded;
+    settings.load(loaded);
+    EXPECT_EQ(values(loaded), std::tuple(0, 0, 1));
+    EXPECT_EQ(loaded.formatFilter[15], 5u);
 
     BrowserList saved;
     saved.sortKey = 4;
@@ -271,22 +248,16 @@ TEST(BrowserSettings, RoundTripsAndIgnoresBadValues) {
     settings.save(saved);
     EXPECT_TRUE(std::filesystem::exists(root / "Vornalt/Lanmira/Shell.conf"));
     EXPECT_TRUE(std::filesystem::exists(root / "Acme/Scope/ibrowser.conf"));
-    BrowserList loaded;
     settings.load(loaded);
-    EXPECT_EQ(loaded.sortKey, 4);
-    EXPECT_EQ(loaded.sortDirection, 1);
-    EXPECT_EQ(loaded.largeMode, 0);
+    EXPECT_EQ(values(loaded), std::tuple(4, 1, 0));
     EXPECT_EQ(loaded.formatFilter, saved.formatFilter);
 
     std::ofstream(root / "Acme/Scope/ibrowser.conf") << "sortby=6\nsortmode=-1\nbLargemode=yes\n";
     std::ofstream(root / "Vornalt/Lanmira/Shell.conf") << "if00=junk\nif01=0\n";
     settings.load(loaded);
-    EXPECT_EQ(loaded.sortKey, 0);
-    EXPECT_EQ(loaded.sortDirection, 0);
-    EXPECT_EQ(loaded.largeMode, 1);
-    EXPECT_EQ(loaded.formatFilter[0], 5u);
-    EXPECT_EQ(loaded.formatFilter[1], 0u);
-    EXPECT_EQ(loaded.formatFilter[2], 5u);
+    EXPECT_EQ(values(loaded), std::tuple(0, 0, 1));
+    EXPECT_EQ(std::tuple(loaded.formatFilter[0], loaded.formatFilter[1], loaded.formatFilter[2]),
+              std::tuple(5u, 0u, 5u));
 }
 
 } // namespace

@@ -57,34 +57,28 @@ protected:
     QList<int> m_answers;
 };
 
-TEST_F(FileDeleterTest, DecliningTheQuestionDeletesNothing) {
-    const QString a = file(u"a.jpg"_s);
-    EXPECT_FALSE(FileDeleter::deletePaths(nullptr, {a}, false));
-    ASSERT_EQ(m_asked.size(), 1u);
-    EXPECT_EQ(m_asked[0].first,
-              formatText(i18n_stringW("ids_lanmira_delete_confirm"), {u"a.jpg"_s}));
-    EXPECT_EQ(m_asked[0].second, int(QMessageBox::Yes | QMessageBox::No));
+TEST_F(FileDeleterTest, OneQuestionThenNothingOrTrashOrDeleteForGood) {
+    const QString a = file(u"a.jpg"_s), b = file(u"b.jpg"_s), c = file(u"c.jpg"_s);
+    const auto question = [](const char* id, const lanmira::FormatArg& arg, int buttons) {
+        return std::vector{std::pair(formatText(i18n_stringW(id), {arg}), buttons)};
+    };
+    const int yesNo = QMessageBox::Yes | QMessageBox::No;
+    EXPECT_FALSE(FileDeleter::deletePaths(nullptr, {a}, false)) << "declined";
+    EXPECT_EQ(m_asked, question("ids_lanmira_delete_confirm", u"a.jpg"_s, yesNo));
     EXPECT_TRUE(QFile::exists(a));
-}
 
-TEST_F(FileDeleterTest, OneQuestionThenTrashOrDeleteForGood) {
-    const QString a = file(u"a.jpg"_s), b = file(u"b.jpg"_s);
+    m_asked.clear();
     m_answers = {QMessageBox::Yes};
     EXPECT_TRUE(FileDeleter::deletePaths(nullptr, {a, b}, false));
-    ASSERT_EQ(m_asked.size(), 1u);
-    EXPECT_EQ(m_asked[0].first, formatText(i18n_stringW("ids_lanmira_delete_confirm_many"), {2}));
+    EXPECT_EQ(m_asked, question("ids_lanmira_delete_confirm_many", 2, yesNo));
     EXPECT_FALSE(QFile::exists(a) || QFile::exists(b));
     EXPECT_TRUE(QFile::exists(trashed(u"a.jpg"_s)) && QFile::exists(trashed(u"b.jpg"_s)));
 
-    const QString c = file(u"c.jpg"_s);
     m_asked.clear();
     m_answers = {QMessageBox::Yes};
     EXPECT_TRUE(FileDeleter::deletePaths(nullptr, {c}, true));
-    ASSERT_EQ(m_asked.size(), 1u);
-    EXPECT_EQ(m_asked[0].first,
-              formatText(i18n_stringW("ids_lanmira_delete_forever"), {u"c.jpg"_s}));
-    EXPECT_FALSE(QFile::exists(c));
-    EXPECT_FALSE(QFile::exists(trashed(u"c.jpg"_s)));
+    EXPECT_EQ(m_asked, question("ids_lanmira_delete_forever", u"c.jpg"_s, yesNo));
+    EXPECT_FALSE(QFile::exists(c) || QFile::exists(trashed(u"c.jpg"_s)));
 }
 
 TEST_F(FileDeleterTest, AFailureIsShownAndTheRestGoesOn) {
@@ -95,7 +89,6 @@ TEST_F(FileDeleterTest, AFailureIsShownAndTheRestGoesOn) {
     ASSERT_EQ(m_asked.size(), 2u);
     EXPECT_EQ(m_asked[1].second, int(QMessageBox::Ok));
     EXPECT_FALSE(QFile::exists(d));
-
     // Nothing deleted at all: false, so the caller leaves the list alone.
     m_answers = {QMessageBox::Yes, QMessageBox::Ok};
     EXPECT_FALSE(FileDeleter::deletePaths(nullptr, {missing}, false));

@@ -16,6 +16,7 @@
 #include <vector>
 
 using namespace lanmira;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -87,29 +88,29 @@ protected:
     }
 
     QTemporaryDir dir;
-    QString images = dir.path() + QStringLiteral("/img/");
-    QString removable = dir.path() + QStringLiteral("/usb/");
-    ThumbnailCache cache{dir.path() + QStringLiteral("/cache/")};
+    QString images = dir.path() + u"/img/"_s;
+    QString removable = dir.path() + u"/usb/"_s;
+    ThumbnailCache cache{dir.path() + u"/cache/"_s};
 };
 
 TEST_F(ThumbnailCacheTest, NameIsTheMd5OfTheUtf16PathUnderATwoDigitFolder) {
     const QString r = cache.root();
     // Digests from printf '%s' PATH | iconv -t UTF-16LE | md5sum.
-    EXPECT_EQ(cache.fileNameFor(QStringLiteral("/home/user/Pictures/a.jpg")),
-              r + QStringLiteral("92/761c379e9a2d9445a1627224bbf707"));
-    EXPECT_EQ(cache.fileNameFor(QStringLiteral("/home/user/Pictures/A.jpg")),
-              r + QStringLiteral("54/42eb96fb31f8dc3c676598c739c20f"));
+    EXPECT_EQ(cache.fileNameFor(u"/home/user/Pictures/a.jpg"_s),
+              r + u"92/761c379e9a2d9445a1627224bbf707"_s);
+    EXPECT_EQ(cache.fileNameFor(u"/home/user/Pictures/A.jpg"_s),
+              r + u"54/42eb96fb31f8dc3c676598c739c20f"_s);
     EXPECT_EQ(cache.fileNameFor(QString::fromUtf8("/data/Mikroskop/Zelle µ.tif")),
-              r + QStringLiteral("12/396f37669f49d29da5a6c8993af58c"));
+              r + u"12/396f37669f49d29da5a6c8993af58c"_s);
     // 259 units and the NUL fill the path field; one more does not fit.
     const QString longest = u'/' + QString(258, u'x');
     EXPECT_FALSE(cache.fileNameFor(longest).isEmpty());
     EXPECT_TRUE(cache.fileNameFor(longest + u'x').isEmpty());
-    EXPECT_TRUE(cache.fileNameFor(removable + QStringLiteral("a.jpg")).isEmpty());
+    EXPECT_TRUE(cache.fileNameFor(removable + u"a.jpg"_s).isEmpty());
 }
 
 TEST_F(ThumbnailCacheTest, FileLayoutAndDecode) {
-    BrowserItem item(QStringLiteral("/x/ab.jpg"), 2);
+    BrowserItem item(u"/x/ab.jpg"_s, 2);
     item.large = filled(3, 2, 9); // 9-byte rows padded to 12
     item.small = filled(1, 1, 4);
     item.imageWidth = 300;
@@ -128,7 +129,7 @@ TEST_F(ThumbnailCacheTest, FileLayoutAndDecode) {
     EXPECT_EQ(le32(f, 588), 1u);
 
     BrowserItem back(item.path, 2);
-    ASSERT_TRUE(ThumbnailCache::decode(f.data(), f.size(), QStringLiteral("/X/AB.JPG"), back));
+    ASSERT_TRUE(ThumbnailCache::decode(f.data(), f.size(), u"/X/AB.JPG"_s, back));
     EXPECT_EQ(back.large.pixels, item.large.pixels);
     EXPECT_EQ(back.small.pixels, item.small.pixels);
     EXPECT_EQ(back.imageWidth, 300);
@@ -137,7 +138,7 @@ TEST_F(ThumbnailCacheTest, FileLayoutAndDecode) {
     // Cut inside each field; another path; sides negative, zero or overflowing.
     for (std::size_t cut : {0u, 519u, 559u, 583u, 623u, 627u})
         EXPECT_FALSE(ThumbnailCache::decode(f.data(), cut, item.path, back)) << cut;
-    EXPECT_FALSE(ThumbnailCache::decode(f.data(), f.size(), QStringLiteral("/x/ac.jpg"), back));
+    EXPECT_FALSE(ThumbnailCache::decode(f.data(), f.size(), u"/x/ac.jpg"_s, back));
     for (std::uint32_t w : {0xFFFFFFFFu, 0u, 0x7FFFFFFFu, 0x0AAAAAABu}) {
         Bytes bad = f;
         for (int i = 0; i < 4; ++i)
@@ -147,7 +148,7 @@ TEST_F(ThumbnailCacheTest, FileLayoutAndDecode) {
 }
 
 TEST_F(ThumbnailCacheTest, WriteThenRead) {
-    auto item = madeItem(QStringLiteral("a.jpg"));
+    auto item = madeItem(u"a.jpg"_s);
     cache.write(*item);
     const QString name = cache.fileNameFor(item->path);
     EXPECT_EQ(QDir(QFileInfo(name).path()).entryList(QDir::Files | QDir::Hidden),
@@ -163,7 +164,7 @@ TEST_F(ThumbnailCacheTest, WriteThenRead) {
     EXPECT_EQ(fresh.bitsPerPixel, 24u);
 
     // A shortcut is cached under its target and learns both times.
-    const QString link = images + QStringLiteral("link.jpg");
+    const QString link = images + u"link.jpg"_s;
     ASSERT_TRUE(QFile::link(item->path, link));
     BrowserItem shortcut(link, 2, item->path);
     ASSERT_TRUE(cache.read(shortcut));
@@ -171,7 +172,7 @@ TEST_F(ThumbnailCacheTest, WriteThenRead) {
     EXPECT_NE(shortcut.linkTime, 0);
 
     // Never cached where the classifier says no, but its times are still learned.
-    BrowserItem usb(removable + QStringLiteral("d.jpg"), 2);
+    BrowserItem usb(removable + u"d.jpg"_s, 2);
     writeFile(usb.path, {1});
     usb.large = usb.small = filled(2, 2, 1);
     cache.write(usb);
@@ -181,46 +182,40 @@ TEST_F(ThumbnailCacheTest, WriteThenRead) {
 }
 
 TEST_F(ThumbnailCacheTest, BadOrStaleCacheFilesAreDeletedWhenRead) {
-    const auto rewrite = [](const QString& c, auto change) {
-        QFile f(c);
-        ASSERT_TRUE(f.open(QIODevice::ReadWrite));
-        QByteArray b = f.readAll();
-        change(b);
-        f.resize(0);
-        f.seek(0);
-        f.write(b);
+    // The image's nanoseconds against the cache file's 7, or a change to the cache file.
+    const std::tuple<const char*, long, std::function<void(QByteArray&)>> cases[] = {
+        {"as new as the image", 7, {}},
+        {"a nanosecond older", 8, {}},
+        {"truncated", 0, [](QByteArray& b) { b.chop(1); }},
+        {"another image's", 0, [](QByteArray& b) { b[10] = b[10] ^ 1; }},
     };
-    const std::pair<const char*, std::function<void(const QString&, const QString&)>> cases[] = {
-        {"as new as the image",
-         [](const QString& image, const QString& c) {
-             setMtime(c, 5000, 7);
-             setMtime(image, 5000, 7);
-         }},
-        {"a nanosecond older",
-         [](const QString& image, const QString& c) {
-             setMtime(c, 5000, 7);
-             setMtime(image, 5000, 8);
-         }},
-        {"truncated",
-         [&](const QString&, const QString& c) { rewrite(c, [](auto& b) { b.chop(1); }); }},
-        {"another image's", [&](const QString&, const QString& c) {
-             rewrite(c, [](auto& b) { b[10] = b[10] ^ 1; });
-         }}};
-    for (const auto& [what, spoil] : cases) {
-        auto item = madeItem(QStringLiteral("b.jpg"));
+    for (const auto& [what, imageNs, change] : cases) {
+        SCOPED_TRACE(what);
+        auto item = madeItem(u"b.jpg"_s);
         cache.write(*item);
         const QString name = cache.fileNameFor(item->path);
-        spoil(item->path, name);
+        if (change) {
+            QFile f(name);
+            ASSERT_TRUE(f.open(QIODevice::ReadWrite));
+            QByteArray b = f.readAll();
+            change(b);
+            f.resize(0);
+            f.seek(0);
+            f.write(b);
+        } else {
+            setMtime(name, 5000, 7);
+            setMtime(item->path, 5000, imageNs);
+        }
         BrowserItem fresh(item->path, 2);
-        EXPECT_FALSE(cache.read(fresh)) << what;
-        EXPECT_FALSE(QFile::exists(name)) << what;
-        EXPECT_FALSE(fresh.thumbnailDone() || !fresh.large.empty()) << what;
+        EXPECT_FALSE(cache.read(fresh));
+        EXPECT_FALSE(QFile::exists(name));
+        EXPECT_FALSE(fresh.thumbnailDone() || !fresh.large.empty());
     }
 }
 
 TEST_F(ThumbnailCacheTest, ChangeCheck) {
     BrowserList list;
-    auto item = madeItem(QStringLiteral("f.jpg"));
+    auto item = madeItem(u"f.jpg"_s);
     EXPECT_EQ(cache.checkForChange(*item, list), ThumbnailCache::Unchanged); // never read
     cache.write(*item);
     ASSERT_TRUE(cache.read(*item));
@@ -241,28 +236,27 @@ TEST_F(ThumbnailCacheTest, ChangeCheck) {
 }
 
 TEST_F(ThumbnailCacheTest, CleanRemovesOrphansAndKeepsTheRest) {
-    auto kept = madeItem(QStringLiteral("g.jpg"));
-    const QString sub = cache.root() + QStringLiteral("ab/");
-    const Bytes orphan = ThumbnailCache::encode(images + QStringLiteral("gone.jpg"), *kept);
-    QDir().mkpath(sub + QStringLiteral("nested"));
-    writeFile(sub + QStringLiteral("good"), ThumbnailCache::encode(kept->path, *kept));
-    writeFile(sub + QStringLiteral("orphan"), orphan);
-    writeFile(sub + QStringLiteral("short"), Bytes(519, 0));
+    auto kept = madeItem(u"g.jpg"_s);
+    const QString sub = cache.root() + u"ab/"_s;
+    const Bytes orphan = ThumbnailCache::encode(images + u"gone.jpg"_s, *kept);
+    QDir().mkpath(sub + u"nested"_s);
+    writeFile(sub + u"good"_s, ThumbnailCache::encode(kept->path, *kept));
+    writeFile(sub + u"orphan"_s, orphan);
+    writeFile(sub + u"short"_s, Bytes(519, 0));
     // A link out of the cache is removed; what it points at is left alone.
-    writeFile(images + QStringLiteral("outside"), orphan);
-    ASSERT_TRUE(QFile::link(images + QStringLiteral("outside"), sub + QStringLiteral("link")));
+    writeFile(images + u"outside"_s, orphan);
+    ASSERT_TRUE(QFile::link(images + u"outside"_s, sub + u"link"_s));
     // A fresh temporary may be a write in progress; an old one was left by a crash.
-    writeFile(sub + QStringLiteral(".abc-123456"), Bytes(10, 0));
-    writeFile(sub + QStringLiteral(".old-123456"), Bytes(10, 0));
-    setMtime(sub + QStringLiteral(".old-123456"), 1000);
+    writeFile(sub + u".abc-123456"_s, Bytes(10, 0));
+    writeFile(sub + u".old-123456"_s, Bytes(10, 0));
+    setMtime(sub + u".old-123456"_s, 1000);
 
     cache.clean(0x1ab); // only the low byte picks the folder
     QStringList left =
         QDir(sub).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     left.sort();
-    EXPECT_EQ(left, QStringList({QStringLiteral(".abc-123456"), QStringLiteral("good"),
-                                 QStringLiteral("nested")}));
-    EXPECT_TRUE(QFile::exists(images + QStringLiteral("outside")));
+    EXPECT_EQ(left, QStringList({u".abc-123456"_s, u"good"_s, u"nested"_s}));
+    EXPECT_TRUE(QFile::exists(images + u"outside"_s));
 }
 
 TEST(ThumbnailMakerTest, FitsTheBoxes) {
@@ -333,11 +327,11 @@ TEST_F(ThumbnailCacheTest, MakeFromFiles) {
     }
     // Exactly the thumbnail's size: the rows are copied.
     const Bytes file = bmp(96, 72, 24);
-    const Thumbnail exact = ThumbnailMaker::make(images + QStringLiteral("exact24.bmp")).large;
+    const Thumbnail exact = ThumbnailMaker::make(images + u"exact24.bmp"_s).large;
     EXPECT_TRUE(std::equal(exact.pixels.begin(), exact.pixels.end(), file.begin() + 54));
 
-    writeFile(images + QStringLiteral("junk.bmp"), {'B', 'M', 0, 1});
-    const ThumbnailMaker::Result bad = ThumbnailMaker::make(images + QStringLiteral("junk.bmp"));
+    writeFile(images + u"junk.bmp"_s, {'B', 'M', 0, 1});
+    const ThumbnailMaker::Result bad = ThumbnailMaker::make(images + u"junk.bmp"_s);
     EXPECT_TRUE(bad.large.empty() && bad.small.empty() && bad.large.width == 0);
 }
 
@@ -346,21 +340,19 @@ TEST(CacheEligibilityTest, ClassifiesMountsFromMountinfoAndSysfs) {
     QTemporaryDir sys;
     ASSERT_TRUE(sys.isValid());
     const QString root = sys.path();
-    QDir().mkpath(root + QStringLiteral("/dev/block"));
-    QDir().mkpath(root + QStringLiteral("/class/block"));
+    QDir().mkpath(root + u"/dev/block"_s);
+    QDir().mkpath(root + u"/class/block"_s);
     const auto disk = [&](const char* devPath, const char* number, const char* removableFlag,
                           bool partition) {
-        const QString dev = root + QStringLiteral("/devices/") + QString::fromUtf8(devPath);
+        const QString dev = root + u"/devices/"_s + QString::fromUtf8(devPath);
         QDir().mkpath(dev);
-        QFile flag((partition ? QFileInfo(dev).path() : dev) + QStringLiteral("/removable"));
+        QFile flag((partition ? QFileInfo(dev).path() : dev) + u"/removable"_s);
         ASSERT_TRUE(flag.open(QIODevice::WriteOnly));
         flag.write(removableFlag);
         if (partition)
-            writeFile(dev + QStringLiteral("/partition"), {'1'});
-        ASSERT_TRUE(
-            QFile::link(dev, root + QStringLiteral("/dev/block/") + QString::fromUtf8(number)));
-        ASSERT_TRUE(
-            QFile::link(dev, root + QStringLiteral("/class/block/") + QFileInfo(dev).fileName()));
+            writeFile(dev + u"/partition"_s, {'1'});
+        ASSERT_TRUE(QFile::link(dev, root + u"/dev/block/"_s + QString::fromUtf8(number)));
+        ASSERT_TRUE(QFile::link(dev, root + u"/class/block/"_s + QFileInfo(dev).fileName()));
     };
     disk("pci0000:00/0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0/block/sda/sda1", "8:1", "0\n",
          true);
@@ -398,7 +390,7 @@ TEST(CacheEligibilityTest, ClassifiesMountsFromMountinfoAndSysfs) {
           "/home/me/../../net/share/a.jpg", "relative/a.jpg"})
         EXPECT_FALSE(CacheEligibility::onFixedStorage(QString::fromUtf8(path), mountinfo, root))
             << path;
-    EXPECT_FALSE(CacheEligibility::onFixedStorage(QStringLiteral("/a.jpg"), QString(), root));
+    EXPECT_FALSE(CacheEligibility::onFixedStorage(u"/a.jpg"_s, QString(), root));
 }
 
 } // namespace

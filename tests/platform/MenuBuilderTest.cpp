@@ -3,45 +3,28 @@
 #include <gtest/gtest.h>
 
 using lanmira::MenuBuilder;
+using namespace Qt::StringLiterals;
 
 TEST(MenuBuilder, SplitsLabelAndShortcutsAsTheCatalogsWriteThem) {
-    struct Row {
-        QString text;
-        QString label;
-        QList<QKeySequence> keys;
+    const auto keypad = [](Qt::Key key) {
+        return QKeySequence(QKeyCombination(Qt::ControlModifier | Qt::KeypadModifier, key));
     };
-    const std::vector<Row> rows = {
-        {QStringLiteral("E&xit"), QStringLiteral("E&xit"), {}},
-        {QStringLiteral("&Refresh\tF5"), QStringLiteral("&Refresh"), {QKeySequence(Qt::Key_F5)}},
-        {QStringLiteral("&Next\tCtrl+PageDown"),
-         QStringLiteral("&Next"),
-         {QKeySequence(Qt::CTRL | Qt::Key_PageDown)}},
-        {QStringLiteral("&Open...\tInsert"),
-         QStringLiteral("&Open..."),
-         {QKeySequence(Qt::Key_Insert)}},
-        {QStringLiteral("&Slide Show\tPause"),
-         QStringLiteral("&Slide Show"),
-         {QKeySequence(Qt::Key_Pause)}},
-        {QStringLiteral("&Best Fit\tNumPad*"),
-         QStringLiteral("&Best Fit"),
-         {QKeySequence(Qt::KeypadModifier | Qt::Key_Asterisk)}},
-        {QStringLiteral("&Lock\tCtrl+NumPad/"),
-         QStringLiteral("&Lock"),
-         {QKeySequence(QKeyCombination(Qt::ControlModifier | Qt::KeypadModifier, Qt::Key_Slash))}},
-        {QStringLiteral("Auto &Enlarge to Fit\tCtrl+NumPad+"),
-         QStringLiteral("Auto &Enlarge to Fit"),
-         {QKeySequence(QKeyCombination(Qt::ControlModifier | Qt::KeypadModifier, Qt::Key_Plus))}},
-        {QStringLiteral("&Delete\t[Shift+]Delete"),
-         QStringLiteral("&Delete"),
-         {QKeySequence(Qt::Key_Delete), QKeySequence(Qt::SHIFT | Qt::Key_Delete)}},
-        {QStringLiteral("&View Properties...\tShift+V"),
-         QStringLiteral("&View Properties..."),
-         {QKeySequence(Qt::SHIFT | Qt::Key_V)}},
+    const std::vector<std::pair<QString, QList<QKeySequence>>> rows = {
+        {u"E&xit"_s, {}},
+        {u"&Refresh\tF5"_s, {Qt::Key_F5}},
+        {u"&Next\tCtrl+PageDown"_s, {Qt::CTRL | Qt::Key_PageDown}},
+        {u"&Open...\tInsert"_s, {Qt::Key_Insert}},
+        {u"&Slide Show\tPause"_s, {Qt::Key_Pause}},
+        {u"&Best Fit\tNumPad*"_s, {Qt::KeypadModifier | Qt::Key_Asterisk}},
+        {u"&Lock\tCtrl+NumPad/"_s, {keypad(Qt::Key_Slash)}},
+        {u"Auto &Enlarge to Fit\tCtrl+NumPad+"_s, {keypad(Qt::Key_Plus)}},
+        {u"&Delete\t[Shift+]Delete"_s, {Qt::Key_Delete, Qt::SHIFT | Qt::Key_Delete}},
+        {u"&View Properties...\tShift+V"_s, {Qt::SHIFT | Qt::Key_V}},
     };
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.text.toStdString());
-        const auto t = MenuBuilder::parse(r.text);
-        EXPECT_EQ(t.label, r.label);
-        EXPECT_EQ(t.shortcuts, r.keys);
+    for (const auto& [text, keys] : rows) {
+        SCOPED_TRACE(text.toStdString());
+        const auto t = MenuBuilder::parse(text);
+        EXPECT_EQ(t.label, text.section(u'\t', 0, 0));
+        EXPECT_EQ(t.shortcuts, keys);
     }
 }

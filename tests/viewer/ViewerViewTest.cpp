@@ -15,7 +15,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -24,7 +23,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTemporaryDir>
-#include <QThread>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -43,20 +42,8 @@ void PrintTo(const QString& s, std::ostream* os) {
 namespace lanmira {
 namespace {
 
-bool waitFor(const std::function<bool()>& done, int timeoutMs = 5000) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents();
-        QThread::msleep(1);
-    }
-    return true;
-}
-
-void pause(int ms) {
-    waitFor([] { return false; }, ms);
+bool waitFor(const std::function<bool()>& done) {
+    return QTest::qWaitFor(done, 5000);
 }
 
 struct FakeHost final : ViewerHost {
@@ -138,6 +125,11 @@ bool save(const QString& path, const PackedDib& dib, std::uint32_t format, bool 
     return ImageLib_Save(QFile::encodeName(path).constData(), dib.data(), &params) != 0;
 }
 
+// A black picture of any size.
+QRgb black(int, int) {
+    return 0;
+}
+
 QRgb pixel(CView2& view, int x, int y) {
     return view.viewport()->grab().toImage().pixel(x, y) | 0xFF000000u;
 }
@@ -153,6 +145,7 @@ protected:
         ASSERT_TRUE(waitFor([&] { return m_view.viewport()->size() == QSize(400, 300); }));
     }
     void TearDown() override {
+        QDir::setCurrent(m_savedCwd);
         setList({}, -1);
         ViewerReceiver::clear();
         i18n_reset();
@@ -171,8 +164,7 @@ protected:
     QString tiff5(const QString& name) {
         const QString path = file(name);
         for (int k = 0; k < 5; ++k)
-            EXPECT_TRUE(save(path, picture24(60, 40, [](int, int) { return 0u; }),
-                             IMAGELIB_FMT_TIFF, k > 0));
+            EXPECT_TRUE(save(path, picture24(60, 40, black), IMAGELIB_FMT_TIFF, k > 0));
         return path;
     }
 
@@ -202,6 +194,7 @@ protected:
     }
 
     QTemporaryDir m_dir;
+    const QString m_savedCwd = QDir::currentPath(); // dialogs start in the current folder
     FakeHost m_host;
     CView2 m_view{m_host};
 };
@@ -219,7 +212,7 @@ TEST_F(ViewerViewTest, StatusPanesFollowTheOpenFileAndZoomShowsWithoutOne) {
 
     // Too large for the window: fitted, the percentage truncated.
     const QString big = file(u"big.bmp"_s);
-    ASSERT_TRUE(save(big, picture24(1000, 500, [](int, int) { return 0u; }), IMAGELIB_FMT_BMP));
+    ASSERT_TRUE(save(big, picture24(1000, 500, black), IMAGELIB_FMT_BMP));
     m_view.openFile(big);
     EXPECT_EQ(m_view.paneText(cmd::ID_PANE_ZOOM), u"40%"_s);
 
@@ -309,7 +302,7 @@ TEST_F(ViewerViewTest, SlideShowStepsPagesThenFilesAndIgnoresTicksWhileStopped) 
 
     m_view.onCommand(cmd::ID_SLIDE_SHOW);
     ASSERT_TRUE(waitFor([&] { return m_view.document().filePath() == third; }));
-    pause(80);
+    QTest::qWait(80);
     const QStringList expected{pages + u" Page 1/5"_s, pages + u" Page 2/5"_s,
                                pages + u" Page 3/5"_s, pages + u" Page 4/5"_s,
                                pages + u" Page 5/5"_s, second + u" Page 1/1"_s,
@@ -322,7 +315,7 @@ TEST_F(ViewerViewTest, SlideShowStepsPagesThenFilesAndIgnoresTicksWhileStopped) 
     setList({pages, second, third}, 1);
     m_view.openFile(second);
     ticks = 0;
-    pause(120);
+    QTest::qWait(120);
     EXPECT_GE(ticks, 2);
     EXPECT_EQ(m_view.document().filePath(), second);
     m_view.onCommand(cmd::ID_SLIDE_SHOW);
@@ -395,37 +388,28 @@ TEST_F(ViewerViewTest, BackgroundBandsSurroundTheCentredPictureTheRightWayUp) {
 }
 
 TEST_F(ViewerViewTest, EveryDepthDrawsItsOwnColours) {
-    using dibmaker::Bytes;
-    // 8 x 2 pictures: the left half red, the right half blue.
-    const auto table = [](std::size_t entries, std::size_t red, std::size_t blue) {
-        Bytes t(entries * 4, 0);
-        t[red * 4 + 2] = 255;
-        t[blue * 4] = 255;
-        return t;
+    // 8 x 2 pictures, the left half red and the right half blue: the depth, the palette's
+    // size, its red and blue entries, and one row.
+    const std::tuple<int, std::size_t, std::size_t, std::size_t, dibmaker::Bytes> cases[] = {
+        {1, 2, 1, 0, {0xF0, 0, 0, 0}},
+        {4, 16, 2, 9, {0x22, 0x22, 0x99, 0x99}},
+        {8, 256, 7, 200, {7, 7, 7, 7, 200, 200, 200, 200}},
+        {16, 0, 0, 0, {0, 0x7C, 0, 0x7C, 0, 0x7C, 0, 0x7C, 0x1F, 0, 0x1F, 0, 0x1F, 0, 0x1F, 0}},
+        {32, 0, 0, 0, {0,   0, 255, 0, 0,   0, 255, 0, 0,   0, 255, 0, 0,   0, 255, 0,
+                       255, 0, 0,   0, 255, 0, 0,   0, 255, 0, 0,   0, 255, 0, 0,   0}},
     };
-    const auto rows = [](Bytes head, const Bytes& row) {
-        for (int k = 0; k < 2; ++k)
-            head.insert(head.end(), row.begin(), row.end());
-        return head;
-    };
-    const auto join = [](Bytes a, const Bytes& b) {
-        a.insert(a.end(), b.begin(), b.end());
-        return a;
-    };
-    const std::pair<int, Bytes> cases[] = {
-        {1, rows(join(dibmaker::infoHeader(8, 2, 1), table(2, 1, 0)), {0xF0, 0, 0, 0})},
-        {4, rows(join(dibmaker::infoHeader(8, 2, 4), table(16, 2, 9)), {0x22, 0x22, 0x99, 0x99})},
-        {8, rows(join(dibmaker::infoHeader(8, 2, 8), table(256, 7, 200)),
-                 {7, 7, 7, 7, 200, 200, 200, 200})},
-        {16, rows(dibmaker::infoHeader(8, 2, 16),
-                  {0, 0x7C, 0, 0x7C, 0, 0x7C, 0, 0x7C, 0x1F, 0, 0x1F, 0, 0x1F, 0, 0x1F, 0})},
-        {32, rows(dibmaker::infoHeader(8, 2, 32),
-                  {0,   0, 255, 0, 0,   0, 255, 0, 0,   0, 255, 0, 0,   0, 255, 0,
-                   255, 0, 0,   0, 255, 0, 0,   0, 255, 0, 0,   0, 255, 0, 0,   0})},
-    };
-    for (const auto& [depth, bytes] : cases) {
+    for (const auto& [depth, entries, red, blue, row] : cases) {
         SCOPED_TRACE(depth);
-        m_view.adopt(dibmaker::toDib(bytes));
+        dibmaker::Bytes b = dibmaker::infoHeader(8, 2, depth);
+        const std::size_t table = b.size();
+        b.resize(table + entries * 4, 0);
+        if (entries) {
+            b[table + red * 4 + 2] = 255;
+            b[table + blue * 4] = 255;
+        }
+        for (int k = 0; k < 2; ++k)
+            b.insert(b.end(), row.begin(), row.end());
+        m_view.adopt(dibmaker::toDib(b));
         ASSERT_TRUE(m_view.document().hasPicture());
         // Centred at 100%: columns 196..203, rows 149..150.
         EXPECT_EQ(pixel(m_view, 196, 149), qRgb(255, 0, 0));
@@ -442,13 +426,12 @@ TEST_F(ViewerViewTest, AReducedPictureSettlesToTheMeanOfItsPixels) {
     }));
     ASSERT_EQ(m_view.paneText(cmd::ID_PANE_ZOOM), u"50%"_s);
     pixel(m_view, 0, 0);
-    pause(50);
+    QTest::qWait(50);
     for (const QPoint p : {QPoint(0, 0), QPoint(123, 77), QPoint(399, 299)})
         EXPECT_NEAR(qGreen(pixel(m_view, p.x(), p.y())), 128, 2);
 }
 
 TEST_F(ViewerViewTest, PrintingWithoutAPrinterWritesAPdfBesideTheCurrentFolder) {
-    const QString oldCurrent = QDir::currentPath();
     QDir::setCurrent(m_dir.path());
     m_view.openFile(bmp(u"a.bmp"_s));
     QString printer;
@@ -457,7 +440,6 @@ TEST_F(ViewerViewTest, PrintingWithoutAPrinterWritesAPdfBesideTheCurrentFolder) 
         qobject_cast<QDialog*>(w)->accept();
     }});
     m_view.onCommand(cmd::ID_FILE_PRINT);
-    QDir::setCurrent(oldCurrent);
     EXPECT_EQ(printer, u"QPrintDialog"_s);
     EXPECT_GT(QFileInfo(m_dir.filePath(u"a.pdf"_s)).size(), 1000);
 }
@@ -474,8 +456,7 @@ TEST_F(ViewerViewTest, FrameOpensPostedPathsAndAdoptsPostedPictures) {
     EXPECT_EQ(frame.view()->document().filePath(), a);
     EXPECT_EQ(frame.findChild<QLabel*>(u"statusSize"_s)->text(), u"200 x 100"_s);
 
-    postMessage(&frame, msg::VIEWER_ADOPT_DIB, 0, 0,
-                makePayload(picture24(30, 20, [](int, int) { return 0u; })));
+    postMessage(&frame, msg::VIEWER_ADOPT_DIB, 0, 0, makePayload(picture24(30, 20, black)));
     ASSERT_TRUE(waitFor([&] { return frame.view()->document().width() == 30; }));
     EXPECT_TRUE(frame.view()->document().filePath().isEmpty());
     EXPECT_TRUE(frame.view()->document().modified());
@@ -506,9 +487,8 @@ TEST_F(ViewerViewTest, CustomZoomRefusesWhatTheSpinBoxReachesBelowTen) {
 }
 
 TEST_F(ViewerViewTest, SaveAsAddsTheTypesExtensionAndAsksBeforeReplacing) {
-    const QString oldCurrent = QDir::currentPath();
     QDir::setCurrent(m_dir.path());
-    const PackedDib dib = picture24(8, 8, [](int, int) { return 0u; });
+    const PackedDib dib = picture24(8, 8, black);
     bool optionForBmp = true, optionForJpeg = false;
     const auto chooseJpeg = [&](QWidget* w) {
         auto* dialog = qobject_cast<QFileDialog*>(w);
@@ -560,7 +540,6 @@ TEST_F(ViewerViewTest, SaveAsAddsTheTypesExtensionAndAsksBeforeReplacing) {
     ASSERT_TRUE(choice);
     EXPECT_EQ(choice->path, m_dir.filePath(u"typed.png"_s));
     EXPECT_EQ(choice->params.format, IMAGELIB_FMT_PNG);
-    QDir::setCurrent(oldCurrent);
 }
 
 } // namespace

@@ -704,8 +704,9 @@ TEST_F(DscapApiTest, V4l2CameraPreviewsAndSurvivesUnplugWhileRecording) {
     int count = 0;
     dscap_control* controls = dscap_get_controls(handle, &count);
     ASSERT_NE(controls, nullptr);
-    const dscap_control* sharpness = std::find_if(
-        controls, controls + count, [](const dscap_control& k) { return k.id == V4L2_CID_SHARPNESS; });
+    const dscap_control* sharpness =
+        std::find_if(controls, controls + count,
+                     [](const dscap_control& k) { return k.id == V4L2_CID_SHARPNESS; });
     ASSERT_NE(sharpness, controls + count);
     EXPECT_EQ(sharpness->max, 6);
     EXPECT_EQ(sharpness->kind, DSCAP_CONTROL_INTEGER);

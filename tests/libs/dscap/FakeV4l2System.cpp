@@ -20,20 +20,12 @@ constexpr std::uint32_t kMaxBuffers = 8;
 
 using FrameKey = std::tuple<std::uint32_t, int, int>;
 
-struct Failure {
-    unsigned long request = 0;
-    int error = 0;
-    int times = -1;
-};
-
 struct NodeState {
     FakeNode script;
     bool gone = false;
-    std::optional<std::uint64_t> unplugAt;
     std::map<std::uint32_t, std::int32_t> values;
     std::vector<FakeControlWrite> writes;
-    std::vector<FakeInterval> intervalWrites;
-    std::vector<Failure> failures;
+    std::map<unsigned long, int> failOnce; // request -> errno
     std::map<FrameKey, std::vector<Bytes>> frames;
     std::map<FrameKey, Bytes> defaultFrames;
     std::map<std::uint64_t, FakeFault> faults;
@@ -54,39 +46,19 @@ struct NodeState {
     int openHandles = 0;
 };
 
-std::uint32_t bytesFor(std::uint32_t pixelFormat, int width, int height) {
-    const auto pixels = static_cast<std::uint32_t>(width * height);
-    switch (pixelFormat) {
-    case V4L2_PIX_FMT_MJPEG:
-    case V4L2_PIX_FMT_JPEG:
-        return pixels * 3 + 4096;
-    case V4L2_PIX_FMT_BGR24:
-    case V4L2_PIX_FMT_RGB24:
-        return pixels * 3;
-    case V4L2_PIX_FMT_GREY:
-    case V4L2_PIX_FMT_SBGGR8:
-    case V4L2_PIX_FMT_SGBRG8:
-    case V4L2_PIX_FMT_SGRBG8:
-    case V4L2_PIX_FMT_SRGGB8:
-        return pixels;
-    case V4L2_PIX_FMT_NV12:
-    case V4L2_PIX_FMT_YUV420:
-    case V4L2_PIX_FMT_YVU420:
-        return pixels * 3 / 2;
-    default:
-        return pixels * 2;
-    }
+bool isJpeg(std::uint32_t pixelFormat) {
+    return pixelFormat == V4L2_PIX_FMT_MJPEG;
 }
 
-std::uint32_t bytesPerLine(std::uint32_t pixelFormat, int width) {
-    if (pixelFormat == V4L2_PIX_FMT_MJPEG || pixelFormat == V4L2_PIX_FMT_JPEG)
-        return 0;
-    return bytesFor(pixelFormat, width, 1);
+// Packed two bytes a pixel (YUYV) unless compressed.
+std::uint32_t bytesFor(std::uint32_t pixelFormat, int width, int height) {
+    const auto pixels = static_cast<std::uint32_t>(width * height);
+    return isJpeg(pixelFormat) ? pixels * 3 + 4096 : pixels * 2;
 }
 
 // Blue across, green down, red constant: every corner differs, so flips and swapped
 // channels show.
-Bytes rampPicture(int width, int height) {
+Bytes defaultFrame(std::uint32_t pixelFormat, int width, int height) {
     Bytes bgr(std::size_t(width) * height * 3);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
@@ -96,64 +68,32 @@ Bytes rampPicture(int width, int height) {
             p[2] = 128;
         }
     }
-    return bgr;
-}
-
-Bytes defaultFrame(std::uint32_t pixelFormat, int width, int height) {
-    const Bytes bgr = rampPicture(width, height);
-    switch (pixelFormat) {
-    case V4L2_PIX_FMT_MJPEG:
-    case V4L2_PIX_FMT_JPEG:
+    if (isJpeg(pixelFormat))
         return FakeV4l2System::makeMjpeg(bgr.data(), width, height);
-    case V4L2_PIX_FMT_YUYV:
-        return FakeV4l2System::makeYuyv(bgr.data(), width, height);
-    case V4L2_PIX_FMT_BGR24:
-        return bgr;
-    case V4L2_PIX_FMT_RGB24: {
-        Bytes rgb = bgr;
-        for (std::size_t i = 0; i + 2 < rgb.size(); i += 3)
-            std::swap(rgb[i], rgb[i + 2]);
-        return rgb;
-    }
-    case V4L2_PIX_FMT_GREY: {
-        Bytes grey(std::size_t(width) * height);
-        for (std::size_t i = 0; i < grey.size(); ++i)
-            grey[i] = bgr[i * 3 + 1];
-        return grey;
-    }
-    default:
-        return Bytes(bytesFor(pixelFormat, width, height), 0x80);
-    }
+    return FakeV4l2System::makeYuyv(bgr.data(), width, height);
 }
 
-const FakeFrameSize* findSize(const FakeFormat& f, int width, int height) {
-    for (const FakeFrameSize& s : f.sizes) {
-        if (s.width == width && s.height == height)
-            return &s;
-    }
-    return nullptr;
+template <typename T, typename Match> const T* findIn(const std::vector<T>& items, Match match) {
+    const auto it = std::find_if(items.begin(), items.end(), match);
+    return it == items.end() ? nullptr : &*it;
 }
 
 const FakeFormat* findFormat(const FakeNode& node, std::uint32_t pixelFormat) {
-    for (const FakeFormat& f : node.formats) {
-        if (f.pixelFormat == pixelFormat)
-            return &f;
-    }
-    return nullptr;
+    return findIn(node.formats, [&](const FakeFormat& f) { return f.pixelFormat == pixelFormat; });
+}
+
+const FakeFrameSize* findSize(const FakeFormat& f, int width, int height) {
+    return findIn(f.sizes,
+                  [&](const FakeFrameSize& s) { return s.width == width && s.height == height; });
 }
 
 const FakeControl* findControl(const FakeNode& node, std::uint32_t id) {
-    for (const FakeControl& c : node.controls) {
-        if (c.id == id)
-            return &c;
-    }
-    return nullptr;
+    return findIn(node.controls, [&](const FakeControl& c) { return c.id == id; });
 }
 
 std::chrono::nanoseconds durationOf(FakeInterval i) {
-    if (i.denominator == 0)
-        return std::chrono::milliseconds(33);
-    return std::chrono::nanoseconds(std::int64_t{1'000'000'000} * i.numerator / i.denominator);
+    return std::chrono::nanoseconds(std::int64_t{1'000'000'000} * i.numerator /
+                                    std::max(1u, i.denominator));
 }
 
 void copyText(__u8* to, std::size_t size, const std::string& text) {
@@ -175,21 +115,21 @@ void settleFormat(NodeState& n, v4l2_pix_format& pix) {
         w -= (w - s.minWidth) % std::max(1, s.stepWidth);
         h -= (h - s.minHeight) % std::max(1, s.stepHeight);
     } else if (!findSize(*f, w, h) && !f->sizes.empty()) {
-        const FakeFrameSize* best = &f->sizes.front();
-        const long wanted = long(w) * h;
-        for (const FakeFrameSize& s : f->sizes) {
-            if (std::labs(long(s.width) * s.height - wanted) <
-                std::labs(long(best->width) * best->height - wanted))
-                best = &s;
-        }
-        w = best->width;
-        h = best->height;
+        const auto distance = [&](const FakeFrameSize& s) {
+            return std::labs(long(s.width) * s.height - long(w) * h);
+        };
+        const FakeFrameSize& best =
+            *std::min_element(f->sizes.begin(), f->sizes.end(), [&](const auto& a, const auto& b) {
+                return distance(a) < distance(b);
+            });
+        w = best.width;
+        h = best.height;
     }
     pix.pixelformat = f->pixelFormat;
     pix.width = __u32(w);
     pix.height = __u32(h);
     pix.field = V4L2_FIELD_NONE;
-    pix.bytesperline = bytesPerLine(f->pixelFormat, w);
+    pix.bytesperline = isJpeg(f->pixelFormat) ? 0 : bytesFor(f->pixelFormat, w, 1);
     pix.sizeimage = bytesFor(f->pixelFormat, w, h);
     pix.colorspace = V4L2_COLORSPACE_SRGB;
 }
@@ -216,20 +156,19 @@ void selectFormat(NodeState& n, std::uint32_t pixelFormat, int width, int height
         n.interval = intervals.front();
 }
 
-void releaseBuffers(NodeState& n) {
+void stopStreaming(NodeState& n) {
     n.streaming = false;
     n.queue.clear();
     std::fill(n.queued.begin(), n.queued.end(), false);
+}
+
+void releaseBuffers(NodeState& n) {
+    stopStreaming(n);
     if (n.mapped == 0) {
         n.buffers.clear();
         n.queued.clear();
     }
     n.owner = 0;
-}
-
-void noteUnplug(NodeState& n) {
-    if (n.unplugAt && n.delivered >= *n.unplugAt)
-        n.gone = true;
 }
 
 } // namespace
@@ -284,15 +223,10 @@ public:
         std::lock_guard lock(shared_->mutex);
         NodeState& n = *node_;
         const std::size_t index = offset / kOffsetStride;
-        if (n.gone) {
-            errno = ENODEV;
+        errno = n.gone ? ENODEV : EINVAL;
+        if (n.gone || offset % kOffsetStride != 0 || index >= n.buffers.size() ||
+            length > n.buffers[index].size())
             return nullptr;
-        }
-        if (offset % kOffsetStride != 0 || index >= n.buffers.size() ||
-            length > n.buffers[index].size()) {
-            errno = EINVAL;
-            return nullptr;
-        }
         ++n.mapped;
         return n.buffers[index].data();
     }
@@ -308,13 +242,8 @@ public:
         NodeState& n = *node_;
         const auto deadline = Clock::now() + std::chrono::milliseconds(std::max(0, timeoutMs));
         for (;;) {
-            noteUnplug(n);
-            if (n.gone) {
-                errno = ENODEV;
-                return WaitResult::Error;
-            }
-            if (!n.streaming || n.queue.empty()) {
-                errno = EINVAL;
+            if (n.gone || !n.streaming || n.queue.empty()) {
+                errno = n.gone ? ENODEV : EINVAL;
                 return WaitResult::Error;
             }
             const auto now = Clock::now();
@@ -397,20 +326,14 @@ int FakeV4l2System::Shared::deliver(NodeState& n, v4l2_buffer& b) {
 }
 
 int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long request, void* arg) {
-    // The last frame before an unplug is still handed back; the device goes when the next
-    // one is asked for.
-    if (request == VIDIOC_DQBUF)
-        noteUnplug(n);
     if (n.gone)
         return ENODEV;
-    for (auto it = n.failures.begin(); it != n.failures.end(); ++it) {
-        if (it->request != request)
-            continue;
-        const int error = it->error;
-        if (it->times > 0 && --it->times == 0)
-            n.failures.erase(it);
+    if (auto it = n.failOnce.find(request); it != n.failOnce.end()) {
+        const int error = it->second;
+        n.failOnce.erase(it);
         return error;
     }
+    // Another handle (a listing, a second program) must not touch the streaming one's buffers.
     const bool owned = n.owner == 0 || n.owner == handle;
 
     switch (request) {
@@ -419,7 +342,6 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
         cap = {};
         copyText(cap.driver, sizeof cap.driver, "uvcvideo");
         copyText(cap.card, sizeof cap.card, n.script.card);
-        copyText(cap.bus_info, sizeof cap.bus_info, n.script.busInfo);
         cap.version = 0x060100;
         cap.capabilities = n.script.capabilities;
         if (n.script.deviceCaps) {
@@ -432,18 +354,10 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
         auto& d = *static_cast<v4l2_fmtdesc*>(arg);
         if (d.type != V4L2_BUF_TYPE_VIDEO_CAPTURE || d.index >= n.script.formats.size())
             return EINVAL;
-        const FakeFormat& f = n.script.formats[d.index];
-        const std::uint32_t index = d.index;
-        d = {};
-        d.index = index;
-        d.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
-        d.pixelformat = f.pixelFormat;
-        const bool jpeg = f.pixelFormat == V4L2_PIX_FMT_MJPEG ||
-                          f.pixelFormat == V4L2_PIX_FMT_JPEG || f.pixelFormat == V4L2_PIX_FMT_H264;
-        d.flags = jpeg ? V4L2_FMT_FLAG_COMPRESSED : 0;
-        const char name[5] = {char(f.pixelFormat), char(f.pixelFormat >> 8),
-                              char(f.pixelFormat >> 16), char(f.pixelFormat >> 24), 0};
-        copyText(d.description, sizeof d.description, name);
+        const std::uint32_t format = n.script.formats[d.index].pixelFormat;
+        d.pixelformat = format;
+        const bool compressed = isJpeg(format) || format == V4L2_PIX_FMT_H264;
+        d.flags = compressed ? V4L2_FMT_FLAG_COMPRESSED : 0;
         return 0;
     }
     case VIDIOC_ENUM_FRAMESIZES: {
@@ -501,19 +415,14 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
         if (p.type != V4L2_BUF_TYPE_VIDEO_CAPTURE)
             return EINVAL;
         if (request == VIDIOC_S_PARM) {
-            if (!n.script.frameIntervals)
-                return ENOTTY;
             if (n.streaming)
                 return EBUSY;
-            const v4l2_fract asked = p.parm.capture.timeperframe;
-            n.intervalWrites.push_back({asked.numerator, asked.denominator});
             // The nearest interval the size offers.
-            const auto offered = intervalsAt(n);
+            const v4l2_fract asked = p.parm.capture.timeperframe;
+            const double wanted = double(asked.numerator) / std::max(1u, asked.denominator);
             double best = 1e30;
-            for (const FakeInterval& i : offered) {
-                const double d =
-                    std::abs(double(i.numerator) / i.denominator -
-                             double(asked.numerator) / std::max(1u, asked.denominator));
+            for (const FakeInterval& i : intervalsAt(n)) {
+                const double d = std::abs(double(i.numerator) / i.denominator - wanted);
                 if (d < best) {
                     best = d;
                     n.interval = i;
@@ -521,9 +430,8 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
             }
         }
         p.parm.capture = {};
-        p.parm.capture.capability = n.script.frameIntervals ? V4L2_CAP_TIMEPERFRAME : 0;
+        p.parm.capture.capability = V4L2_CAP_TIMEPERFRAME;
         p.parm.capture.timeperframe = {n.interval.numerator, n.interval.denominator};
-        p.parm.capture.readbuffers = 0;
         return 0;
     }
     case VIDIOC_REQBUFS: {
@@ -532,16 +440,11 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
             return EINVAL;
         if (!owned || n.streaming || n.mapped > 0)
             return EBUSY;
-        n.buffers.clear();
-        n.queued.clear();
         n.queue.clear();
-        n.owner = 0;
         r.count = std::min(r.count, kMaxBuffers);
-        if (r.count == 0)
-            return 0;
         n.buffers.assign(r.count, Bytes(bytesFor(n.pixelFormat, n.width, n.height)));
         n.queued.assign(r.count, false);
-        n.owner = handle;
+        n.owner = r.count ? handle : 0;
         return 0;
     }
     case VIDIOC_QUERYBUF:
@@ -570,9 +473,7 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
             return EINVAL;
         if (!owned)
             return EBUSY;
-        if (!n.streaming)
-            return EINVAL;
-        return deliver(n, b);
+        return n.streaming ? deliver(n, b) : EINVAL;
     }
     case VIDIOC_STREAMON:
     case VIDIOC_STREAMOFF: {
@@ -581,9 +482,7 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
         if (!owned)
             return EBUSY;
         if (request == VIDIOC_STREAMOFF) {
-            n.streaming = false;
-            n.queue.clear();
-            std::fill(n.queued.begin(), n.queued.end(), false);
+            stopStreaming(n);
             return 0;
         }
         if (n.buffers.empty())
@@ -597,11 +496,9 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
         auto& q = *static_cast<v4l2_queryctrl*>(arg);
         const bool next = (q.id & V4L2_CTRL_FLAG_NEXT_CTRL) != 0;
         const std::uint32_t id = q.id & ~(V4L2_CTRL_FLAG_NEXT_CTRL | V4L2_CTRL_FLAG_NEXT_COMPOUND);
-        const FakeControl* found = nullptr;
-        for (const FakeControl& c : n.script.controls) {
-            if (next ? (c.id > id && (!found || c.id < found->id)) : c.id == id)
-                found = &c;
-        }
+        // Controls are kept sorted by id, as the enumeration needs.
+        const FakeControl* found = findIn(
+            n.script.controls, [&](const FakeControl& c) { return next ? c.id > id : c.id == id; });
         if (!found)
             return EINVAL;
         q = {};
@@ -610,7 +507,7 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
         copyText(q.name, sizeof q.name, found->name);
         q.minimum = found->min;
         q.maximum = found->max;
-        q.step = found->step;
+        q.step = 1;
         q.default_value = found->def;
         q.flags = found->flags;
         return 0;
@@ -618,18 +515,13 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
     case VIDIOC_QUERYMENU: {
         auto& m = *static_cast<v4l2_querymenu*>(arg);
         const FakeControl* c = findControl(n.script, m.id);
-        if (!c)
+        const auto* entry =
+            c ? findIn(c->menu, [&](const auto& e) { return std::uint32_t(e.first) == m.index; })
+              : nullptr;
+        if (!entry)
             return EINVAL;
-        for (const auto& [index, label] : c->menu) {
-            if (std::uint32_t(index) == m.index) {
-                if (c->type == V4L2_CTRL_TYPE_INTEGER_MENU)
-                    m.value = index;
-                else
-                    copyText(m.name, sizeof m.name, label);
-                return 0;
-            }
-        }
-        return EINVAL;
+        copyText(m.name, sizeof m.name, entry->second);
+        return 0;
     }
     case VIDIOC_G_CTRL:
     case VIDIOC_S_CTRL: {
@@ -641,23 +533,15 @@ int FakeV4l2System::Shared::ioctl(NodeState& n, int handle, unsigned long reques
             v.value = n.values[v.id];
             return 0;
         }
-        if (c->flags & V4L2_CTRL_FLAG_READ_ONLY)
-            return EACCES;
         n.writes.push_back({v.id, v.value});
         std::int32_t value = std::clamp(v.value, c->min, c->max);
-        if (c->type == V4L2_CTRL_TYPE_MENU || c->type == V4L2_CTRL_TYPE_INTEGER_MENU) {
-            if (std::none_of(c->menu.begin(), c->menu.end(),
-                             [&](const auto& e) { return e.first == value; }))
-                return EINVAL;
-        } else if (c->step > 1) {
-            value = c->min + (value - c->min + c->step / 2) / c->step * c->step;
-            value = std::min(value, c->max);
-        }
+        if (c->type == V4L2_CTRL_TYPE_MENU &&
+            std::none_of(c->menu.begin(), c->menu.end(),
+                         [&](const auto& e) { return e.first == value; }))
+            return EINVAL;
         if (c->granularity > 0)
             value = std::max(c->min, value / c->granularity * c->granularity);
-        if (c->type != V4L2_CTRL_TYPE_BUTTON)
-            n.values[v.id] = value;
-        v.value = value;
+        n.values[v.id] = v.value = value;
         return 0;
     }
     default:
@@ -719,28 +603,15 @@ void FakeV4l2System::setPaced(bool paced) {
     shared_->changed.notify_all();
 }
 
-void FakeV4l2System::failIoctl(const std::string& path, unsigned long request, int error,
-                               int times) {
+void FakeV4l2System::failIoctlOnce(const std::string& path, unsigned long request, int error) {
     std::lock_guard lock(shared_->mutex);
-    shared_->at(path).failures.push_back({request, error, times});
-}
-
-void FakeV4l2System::unplugAfterFrames(const std::string& path, std::uint64_t frames) {
-    std::lock_guard lock(shared_->mutex);
-    shared_->at(path).unplugAt = frames;
-    shared_->changed.notify_all();
+    shared_->at(path).failOnce[request] = error;
 }
 
 void FakeV4l2System::unplug(const std::string& path) {
     std::lock_guard lock(shared_->mutex);
     shared_->at(path).gone = true;
     shared_->changed.notify_all();
-}
-
-void FakeV4l2System::setControlValue(const std::string& path, std::uint32_t id,
-                                     std::int32_t value) {
-    std::lock_guard lock(shared_->mutex);
-    shared_->at(path).values[id] = value;
 }
 
 std::vector<FakeControlWrite> FakeV4l2System::controlWrites(const std::string& path) const {
@@ -758,32 +629,17 @@ std::int32_t FakeV4l2System::controlValue(const std::string& path, std::uint32_t
     return shared_->at(path).values[id];
 }
 
-std::vector<FakeInterval> FakeV4l2System::intervalWrites(const std::string& path) const {
-    std::lock_guard lock(shared_->mutex);
-    return shared_->at(path).intervalWrites;
-}
-
 FakeStreamState FakeV4l2System::state(const std::string& path) const {
     std::lock_guard lock(shared_->mutex);
     const NodeState& n = shared_->at(path);
-    FakeStreamState s;
-    s.pixelFormat = n.pixelFormat;
-    s.width = n.width;
-    s.height = n.height;
-    s.interval = n.interval;
-    s.streaming = n.streaming;
-    s.buffers = int(n.buffers.size());
-    s.mappedBuffers = n.mapped;
-    s.frames = n.delivered;
-    s.openHandles = n.openHandles;
-    return s;
+    return {n.pixelFormat,         n.width,  n.height,     n.interval, n.streaming,
+            int(n.buffers.size()), n.mapped, n.openHandles};
 }
 
 std::vector<VideoNode> FakeV4l2System::nodes() {
     std::lock_guard lock(shared_->mutex);
     std::vector<VideoNode> result;
     for (const auto& n : shared_->nodes) {
-        noteUnplug(*n);
         if (!n->gone)
             result.push_back({n->script.path, n->script.stableName});
     }
@@ -795,11 +651,9 @@ std::unique_ptr<V4l2Device> FakeV4l2System::open(const std::string& path, int& e
     for (const auto& n : shared_->nodes) {
         if (n->script.path != path || n->gone)
             continue;
-        if (n->script.openError) {
-            error = n->script.openError;
+        error = n->script.openError;
+        if (error)
             return nullptr;
-        }
-        error = 0;
         ++n->openHandles;
         return std::make_unique<FakeDevice>(shared_, n, shared_->nextHandle++);
     }
@@ -854,10 +708,7 @@ FakeNode FakeV4l2System::webcam(std::string path, std::string stableName, std::s
     node.path = std::move(path);
     node.stableName = std::move(stableName);
     node.card = std::move(card);
-    const FakeInterval fps30{1, 30};
-    const FakeInterval fps15{1, 15};
-    const FakeInterval fps10{1, 10};
-    const FakeInterval fps5{1, 5};
+    const FakeInterval fps30{1, 30}, fps15{1, 15}, fps10{1, 10}, fps5{1, 5};
     node.formats = {
         {V4L2_PIX_FMT_YUYV,
          {{640, 480, {fps30, fps15, fps10}}, {800, 600, {fps10, fps5}}, {1920, 1080, {fps5}}},
@@ -870,14 +721,10 @@ FakeNode FakeV4l2System::webcam(std::string path, std::string stableName, std::s
          std::nullopt},
         {V4L2_PIX_FMT_H264, {{3840, 2160, {fps30}}, {1920, 1080, {fps30}}}, std::nullopt},
     };
-    const std::vector<std::pair<std::int32_t, std::string>> powerLine = {
-        {0, "Disabled"}, {1, "50 Hz"}, {2, "60 Hz"}};
-    const std::vector<std::pair<std::int32_t, std::string>> exposureModes = {
-        {1, "Manual Mode"}, {3, "Aperture Priority Mode"}};
     auto add = [&](std::uint32_t id, std::uint32_t type, const char* name, std::int32_t min,
                    std::int32_t max, std::int32_t def, std::uint32_t flags = 0,
                    std::vector<std::pair<std::int32_t, std::string>> menu = {}) {
-        node.controls.push_back({id, type, name, min, max, 1, def, flags, std::move(menu), 0});
+        node.controls.push_back({id, type, name, min, max, def, flags, std::move(menu), 0});
     };
     const auto integer = V4L2_CTRL_TYPE_INTEGER;
     const auto boolean = V4L2_CTRL_TYPE_BOOLEAN;

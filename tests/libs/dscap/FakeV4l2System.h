@@ -9,7 +9,7 @@
 //   system->addNode(FakeV4l2System::webcam("/dev/video0", "usb-Acme_Cam-video-index0"));
 //   auto provider = makeV4l2Provider(system);
 //
-// Without frames set for a format and size, the device sends a grey ramp picture.
+// Without frames set for a format and size, the device sends a ramp picture.
 
 #include "dscap/v4l2/V4l2System.h"
 
@@ -59,7 +59,6 @@ struct FakeControl {
     std::string name;
     std::int32_t min = 0;
     std::int32_t max = 0;
-    std::int32_t step = 1;
     std::int32_t def = 0;
     std::uint32_t flags = 0;
     // Offered menu entries (index, label); indices in min..max that are missing are gaps.
@@ -73,15 +72,13 @@ struct FakeNode {
     std::string path = "/dev/video0";
     std::string stableName; // the by-id or by-path name; the path when empty
     std::string card = "Fake Camera";
-    std::string busInfo = "usb-0000:00:14.0-1";
     // The whole device's capabilities, and the node's own (nullopt: a driver that reports
     // no V4L2_CAP_DEVICE_CAPS).
     std::uint32_t capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     std::optional<std::uint32_t> deviceCaps = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     std::vector<FakeFormat> formats;
     std::vector<FakeControl> controls;
-    bool frameIntervals = true; // G_PARM reports V4L2_CAP_TIMEPERFRAME
-    int openError = 0;          // errno that opening fails with (EBUSY, EACCES, ...)
+    int openError = 0; // errno that opening fails with (EBUSY, EACCES, ...)
 };
 
 // What is done to one delivered frame.
@@ -104,9 +101,8 @@ struct FakeStreamState {
     int height = 0;
     FakeInterval interval;
     bool streaming = false;
-    int buffers = 0;          // allocated with REQBUFS
-    int mappedBuffers = 0;    // mmap minus munmap
-    std::uint64_t frames = 0; // delivered since the node was added
+    int buffers = 0;       // allocated with REQBUFS
+    int mappedBuffers = 0; // mmap minus munmap
     int openHandles = 0;
 };
 
@@ -140,20 +136,16 @@ public:
     // Paced (the default): frames come at the current frame interval, as from a device.
     // Unpaced: a frame is ready whenever a buffer is queued (benchmarks).
     void setPaced(bool paced);
-    // The next `times` calls of that ioctl fail with the error (-1: every call).
-    void failIoctl(const std::string& path, unsigned long request, int error, int times = -1);
-    // Once that many frames have been delivered the device is gone: every ioctl fails with
-    // ENODEV, wait reports an error, and the node leaves the list.
-    void unplugAfterFrames(const std::string& path, std::uint64_t frames);
+    // The next call of that ioctl fails with the error.
+    void failIoctlOnce(const std::string& path, unsigned long request, int error);
+    // The device is gone: every ioctl fails with ENODEV, wait reports an error, and the node
+    // leaves the list.
     void unplug(const std::string& path);
-    // The device changing a value by itself.
-    void setControlValue(const std::string& path, std::uint32_t id, std::int32_t value);
 
     // --- checking what the library did ---
     std::vector<FakeControlWrite> controlWrites(const std::string& path) const;
     void clearControlWrites(const std::string& path);
     std::int32_t controlValue(const std::string& path, std::uint32_t id) const;
-    std::vector<FakeInterval> intervalWrites(const std::string& path) const; // S_PARM
     FakeStreamState state(const std::string& path) const;
 
     // --- making frames from packed BGR rows (width * 3 bytes each) ---

@@ -3,6 +3,7 @@
 #include "imagelib/core/DibHeader.h"
 #include "imagelib/imagelib.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -67,6 +68,10 @@ struct DecodedPicture {
         return *static_cast<const imagelib::BitmapInfoHeader*>(dib.get());
     }
     std::size_t size() const { return ImageLib_DibSize(dib.get()); }
+    Bytes bytes() const {
+        const auto* p = static_cast<const std::uint8_t*>(dib.get());
+        return Bytes(p, p + size());
+    }
     Bgra pixel(int x, int y) const { return pixelAt(dib.get(), x, y); }
     // Row y counted from the top, past the colour table the header announces.
     const std::uint8_t* topRow(int y) const {
@@ -90,6 +95,58 @@ inline DecodedPicture openFile(const std::string& path, int page = 0) {
     d.params.pageIndex = page;
     d.dib.reset(ImageLib_Open(path.c_str(), &d.params));
     return d;
+}
+
+inline DecodedPicture openScaled(const std::string& path, int box, ImageLibFullInfo& full) {
+    DecodedPicture d;
+    d.dib.reset(ImageLib_OpenScaled(path.c_str(), &d.params, box, box, &full));
+    return d;
+}
+
+inline ImageIoParams saveParams(std::uint32_t format, std::uint32_t option = 0,
+                                std::uint32_t flags = 0) {
+    ImageIoParams p{};
+    p.format = format;
+    p.formatOption = option;
+    imagelib::writeLe32(p.optionFlags, flags);
+    return p;
+}
+
+// Saves through the library and reads the file back.
+inline DecodedPicture saveAndOpen(const std::string& path, const void* dib,
+                                  ImageIoParams params = {}) {
+    EXPECT_TRUE(ImageLib_Save(path.c_str(), dib, &params));
+    return openFile(path);
+}
+
+// A file the library must refuse, and the text it must give for it.
+struct Refusal {
+    const char* name;
+    Bytes file;
+    testing::Matcher<std::string> error = testing::Not(testing::IsEmpty());
+    int page = 0;
+};
+
+inline void expectRefused(const std::vector<Refusal>& cases) {
+    for (const Refusal& c : cases) {
+        SCOPED_TRACE(c.name);
+        const DecodedPicture d = openMemory(c.file, c.page);
+        EXPECT_FALSE(d.dib);
+        EXPECT_THAT(d.error(), c.error);
+    }
+}
+
+// Every pixel of `d` against the packed bitmap `want`; without `alpha` the wanted alpha is 255.
+inline void expectSamePixels(const DecodedPicture& d, const void* want, bool alpha = true) {
+    const auto& h = *static_cast<const imagelib::BitmapInfoHeader*>(want);
+    ASSERT_EQ(d.header().width, h.width);
+    ASSERT_EQ(d.header().height, h.height);
+    for (int y = 0; y < h.height; ++y)
+        for (int x = 0; x < h.width; ++x) {
+            Bgra w = pixelAt(want, x, y);
+            w[3] = alpha ? w[3] : 255;
+            ASSERT_EQ(d.pixel(x, y), w) << x << "," << y;
+        }
 }
 
 // A packed bitmap built by hand from top-down rows without padding.

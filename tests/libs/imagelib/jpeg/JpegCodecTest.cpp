@@ -1,5 +1,3 @@
-// The JPEG codec: every colour layout and coding a file can use, reduced decodes for
-// thumbnails, saving with its options, and broken or hostile files.
 #include "imagelib/jpeg/JpegCodec.h"
 
 #include "../DecodedPicture.h"
@@ -99,14 +97,6 @@ std::size_t markerAt(const Bytes& b, std::uint8_t marker) {
     return 0;
 }
 
-ImageIoParams jpegParams(std::uint32_t quality = 0, std::uint32_t flags = 0) {
-    ImageIoParams p{};
-    p.format = IMAGELIB_FMT_JPEG;
-    p.formatOption = quality;
-    p.optionFlags[0] = static_cast<std::uint8_t>(flags);
-    return p;
-}
-
 } // namespace
 
 TEST(JpegCodec, DecodesEveryLayoutAndCoding) {
@@ -167,9 +157,8 @@ TEST(JpegCodec, ThumbnailDecodeCoversTwiceTheBoxAndReportsTheFullPicture) {
         if (r.grey)
             e.input = e.stored = JCS_GRAYSCALE;
         writeFile(path, encode(e, 75));
-        DecodedPicture d;
         ImageLibFullInfo full{};
-        d.dib.reset(ImageLib_OpenScaled(path.c_str(), &d.params, r.box, r.box, &full));
+        const DecodedPicture d = openScaled(path, r.box, full);
         ASSERT_TRUE(d.dib) << d.error();
         EXPECT_EQ(d.header().width, r.outWidth);
         EXPECT_EQ(d.header().height, r.outHeight);
@@ -193,9 +182,7 @@ TEST(JpegCodec, SavesGreyAnd24BitWithItsOptions) {
         ASSERT_TRUE(d.dib);
         auto& h = *static_cast<BitmapInfoHeader*>(d.dib.get());
         h.xPelsPerMeter = h.yPelsPerMeter = 11811; // 300 dpi
-        ImageIoParams params = jpegParams();
-        ASSERT_TRUE(ImageLib_Save(path.c_str(), d.dib.get(), &params));
-        const DecodedPicture back = openFile(path);
+        const DecodedPicture back = saveAndOpen(path, d.dib.get(), saveParams(IMAGELIB_FMT_JPEG));
         ASSERT_TRUE(back.dib) << back.error();
         EXPECT_EQ(back.header().bitCount, h.bitCount);
         EXPECT_EQ(back.header().xPelsPerMeter, 11811);
@@ -208,7 +195,7 @@ TEST(JpegCodec, SavesGreyAnd24BitWithItsOptions) {
     std::vector<std::uintmax_t> sizes;
     for (const auto& [quality, flags] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{
              {10, 0}, {100, 0}, {100, IOPT_JPEG_PROGRESSIVE}}) {
-        ImageIoParams params = jpegParams(quality, flags);
+        ImageIoParams params = saveParams(IMAGELIB_FMT_JPEG, quality, flags);
         ASSERT_TRUE(ImageLib_Save(path.c_str(), d.dib.get(), &params));
         const Bytes bytes = readFile(path);
         EXPECT_EQ(markerAt(bytes, 0xC2) != 0, flags != 0);
@@ -234,9 +221,8 @@ TEST(JpegCodec, AShortGreyRampSavesAsGreyAndOtherPalettesAreRefused) {
     Bytes block = makeDib(4, 2, 8, greyRamp(16), {8, 10, 12, 14, 0, 2, 4, 6});
     const ScratchDir dir;
     const std::string path = dir.file("ramp.jpg");
-    ImageIoParams params = jpegParams(100);
-    ASSERT_TRUE(ImageLib_Save(path.c_str(), block.data(), &params));
-    const DecodedPicture back = openFile(path);
+    ImageIoParams params = saveParams(IMAGELIB_FMT_JPEG, 100);
+    const DecodedPicture back = saveAndOpen(path, block.data(), params);
     ASSERT_TRUE(back.dib) << back.error();
     EXPECT_EQ(back.header().bitCount, 8);
     expectNear(back.pixel(0, 1), {0, 0, 0, 255}, 4);
@@ -272,24 +258,19 @@ TEST(JpegCodec, BrokenFilesGiveASentence) {
         garbage.push_back(static_cast<std::uint8_t>(i * 37 + 11));
 
     // The texts that name libjpeg's complaint are checked up to that detail.
-    const std::string damaged = "The JPEG file is damaged or incomplete.";
-    const std::vector<std::tuple<const char*, Bytes, std::string>> cases = {
+    using testing::StartsWith;
+    const auto damaged = StartsWith("The JPEG file is damaged or incomplete.");
+    expectRefused({
         {"cut in the middle of the data", cut(e, 50), damaged},
         {"progressive cut between scans", cut({"p", JCS_RGB, JCS_YCbCr, true}, 60), damaged},
         {"arithmetic cut in the middle", cut({"a", JCS_RGB, JCS_YCbCr, false, true}, 70), damaged},
         {"cut inside the header", cut(e, 5), damaged},
         {"claims far more than its data", huge,
-         "The JPEG file claims a picture far larger than its data could hold."},
-        {"12-bit samples", twelveBit, "The JPEG file "},
-        {"lossless coding", lossless, "The JPEG file "},
-        {"garbage after the signature", garbage, "The JPEG file "},
-    };
-    for (const auto& [name, bytes, text] : cases) {
-        SCOPED_TRACE(name);
-        const DecodedPicture d = openMemory(bytes);
-        EXPECT_FALSE(d.dib);
-        EXPECT_EQ(d.error().rfind(text, 0), 0u) << d.error();
-    }
+         StartsWith("The JPEG file claims a picture far larger than its data could hold.")},
+        {"12-bit samples", twelveBit, StartsWith("The JPEG file ")},
+        {"lossless coding", lossless, StartsWith("The JPEG file ")},
+        {"garbage after the signature", garbage, StartsWith("The JPEG file ")},
+    });
 
     // Only the end marker missing: every row is there, so the picture is kept.
     const DecodedPicture d = openMemory(Bytes(good.begin(), good.end() - 2));

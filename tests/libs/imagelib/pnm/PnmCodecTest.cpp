@@ -1,11 +1,7 @@
-// The PNM codec: every kind of anymap read to the same pixels, hostile headers refused
-// before allocating, and each savable depth written and read back.
 #include "../DecodedPicture.h"
 #include "../ScratchDir.h"
 
 #include <gtest/gtest.h>
-
-#include <cstring>
 
 using namespace imagelib;
 
@@ -77,7 +73,7 @@ TEST(PnmCodec, DecodesEveryKindToTheSamePixels) {
 TEST(PnmCodec, HostileFilesGiveATextNeverACrash) {
     const std::string damaged = "The PNM file is damaged or incomplete.";
     const std::string badHeader = "The PNM file's header is invalid.";
-    const std::vector<std::tuple<const char*, Bytes, std::string>> cases = {
+    expectRefused({
         {"raw rows cut short", bytes("P6 3 2 255\n", Bytes(17, 7)), damaged},
         {"plain samples run out", bytes("P2 4 1 255\n1 2 3        "), damaged},
         {"letter among samples", bytes("P2 2 1 255\n1 x\n"), damaged},
@@ -92,13 +88,7 @@ TEST(PnmCodec, HostileFilesGiveATextNeverACrash) {
         {"header ends early", bytes("P6 3 2"), damaged},
         {"maxval too large", bytes("P5 1 1 65536\n", {0, 0}),
          "The PNM file's maximum sample value is outside 1 to 65535."},
-    };
-    for (const auto& [name, file, text] : cases) {
-        SCOPED_TRACE(name);
-        const DecodedPicture d = openMemory(file);
-        EXPECT_FALSE(d.dib);
-        EXPECT_EQ(d.error(), text);
-    }
+    });
     // Not anymaps at all: no codec claims them.
     for (const char* text : {"P7 1 1", "P", "PX"})
         EXPECT_FALSE(openMemory(bytes(text)).dib) << text;
@@ -121,24 +111,17 @@ TEST(PnmCodec, SavesTheDepthsItCanHoldAndReadsThemBack) {
     };
     const ScratchDir dir;
     const std::string path = dir.file("round.pnm");
-    ImageIoParams pnm{};
-    pnm.format = IMAGELIB_FMT_PNM;
+    const ImageIoParams pnm = saveParams(IMAGELIB_FMT_PNM);
     for (const auto& [name, picture, magic, sameBlock] : rows) {
         SCOPED_TRACE(name);
-        ImageIoParams save{}; // all zero: the extension decides
         ASSERT_EQ(ImageLib_CanSave(picture.data(), &pnm), 1);
-        ASSERT_TRUE(ImageLib_Save(path.c_str(), picture.data(), &save));
-        const Bytes written = readFile(path);
-        EXPECT_EQ(std::string(written.begin(), written.end()).substr(0, 2), magic);
-        const DecodedPicture back = openFile(path);
+        const DecodedPicture back = saveAndOpen(path, picture.data()); // the extension decides
         ASSERT_TRUE(back.dib) << back.error();
-        const int w = reinterpret_cast<const BitmapInfoHeader*>(picture.data())->width;
-        for (int y = 0; y < 2; ++y)
-            for (int x = 0; x < w; ++x)
-                EXPECT_EQ(back.pixel(x, y), pixelAt(picture.data(), x, y)) << x << "," << y;
+        const Bytes written = readFile(path);
+        EXPECT_EQ(std::string(written.begin(), written.begin() + 2), magic);
+        expectSamePixels(back, picture.data());
         if (sameBlock) {
-            ASSERT_EQ(back.size(), picture.size());
-            EXPECT_EQ(0, std::memcmp(back.dib.get(), picture.data(), picture.size()));
+            EXPECT_EQ(back.bytes(), picture);
         }
     }
 
