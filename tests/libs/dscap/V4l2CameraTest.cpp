@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <thread>
 #include <tuple>
@@ -384,13 +385,15 @@ TEST(V4l2Camera, OffersTheOtherControlsAsExtras) {
 TEST(V4l2Camera, UnplugWakesTheReaderAndTheCameraStaysLost) {
     Rig rig;
     ASSERT_TRUE(rig.camera->start(0));
-    int frames = 0;
+    std::atomic<int> frames{0};
     std::thread reader([&] {
         SourceFrame f;
         for (ReadStatus s; (s = rig.camera->read(f, 5000)) != ReadStatus::Lost;)
             frames += s == ReadStatus::Frame;
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    // Unplug mid-stream: after the first frame, however slow the build.
+    for (int i = 0; i < 500 && frames == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     const auto unplugged = std::chrono::steady_clock::now();
     rig.system->unplug(kNode);
     reader.join();
