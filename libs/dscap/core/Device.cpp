@@ -6,6 +6,7 @@
 #include "dscap/processing/FrameProcessor.h"
 #include "dscap/processing/RegionStats.h"
 #include "dscap/record/VideoRecorder.h"
+#include "imagelib/core/DibHeader.h"
 
 #include <algorithm>
 #include <chrono>
@@ -49,21 +50,6 @@ Region scaleRegion(const Region& r, Resolution from, Resolution to) {
         return static_cast<int>(static_cast<long long>(v) * to.height / from.height);
     };
     return {sx(r.left), sy(r.top), sx(r.right), sy(r.bottom)};
-}
-
-// The packed bitmap's info header: 40 bytes, little-endian, bottom-up 24-bit rows.
-void writeInfoHeader(std::uint8_t* p, int width, int height, std::uint32_t imageSize) {
-    auto put32 = [&](int offset, std::uint32_t v) {
-        for (int i = 0; i < 4; ++i)
-            p[offset + i] = static_cast<std::uint8_t>(v >> (8 * i));
-    };
-    std::memset(p, 0, 40);
-    put32(0, 40);
-    put32(4, static_cast<std::uint32_t>(width));
-    put32(8, static_cast<std::uint32_t>(height));
-    p[12] = 1;  // planes
-    p[14] = 24; // bits per pixel
-    put32(20, imageSize);
 }
 
 std::string suggestedRecordingPath() {
@@ -703,10 +689,18 @@ bool Device::grab(void* dib) {
         if (picture.width() != reportedWidth_ || picture.height() != reportedHeight_)
             return;
         const int w = picture.width(), h = picture.height();
-        const std::size_t stride = ((static_cast<std::size_t>(w) * 24 + 31) / 32) * 4;
+        const std::size_t stride = imagelib::dibStride(static_cast<std::uint64_t>(w), 24);
+        imagelib::BitmapInfoHeader header{};
+        header.size = sizeof header;
+        header.width = w;
+        header.height = h;
+        header.planes = 1;
+        header.bitCount = 24;
+        header.compression = imagelib::kBiRgb;
+        header.sizeImage = static_cast<std::uint32_t>(stride * h);
         auto* out = static_cast<std::uint8_t*>(dib);
-        writeInfoHeader(out, w, h, static_cast<std::uint32_t>(stride * h));
-        std::uint8_t* rows = out + 40;
+        std::memcpy(out, &header, sizeof header);
+        std::uint8_t* rows = out + sizeof header;
         const std::size_t used = static_cast<std::size_t>(w) * 3;
         for (int y = 0; y < h; ++y) {
             std::uint8_t* dst = rows + stride * static_cast<std::size_t>(h - 1 - y);
