@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/SettingsStore.h"
+#include "camera/CameraRecord.h"
 #include "platform/CommandTarget.h"
 #include "platform/FrameHost.h"
 #include "viewer/ViewerHost.h"
@@ -22,13 +23,6 @@ class BusyInputFilter;
 class CMainFrame1;
 class CMainFrame2;
 class UnixSignalBridge;
-
-// One enumerated camera, the application's own copy of the capture library's record.
-struct CameraRecord {
-    QString id;
-    QString name;
-    std::uint32_t value = 0;
-};
 
 // The application object: start-up, the settings it owns, the two mode frames and the
 // switches between them, the commands all frames share, and shutdown.
