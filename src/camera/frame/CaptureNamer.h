@@ -19,9 +19,8 @@ public:
     // counter on until a free one is found; without it, a taken name means no save
     // (nothing returned, counter unchanged). The counter is not moved past the returned
     // name: the caller adds 1 after a successful save.
-    static std::optional<QString> next(const QString& title, int& counter,
-                                       const QString& extension, bool advance,
-                                       const Exists& exists);
+    static std::optional<QString> next(const QString& title, int& counter, const QString& extension,
+                                       bool advance, const Exists& exists);
 };
 
 } // namespace lanmira

@@ -15,7 +15,8 @@ struct VideoZoom {
     static constexpr int kActual = 49;   // middle button
 
     // The zoom after one step of that code, or nothing when the step leaves the value as
-    // it is (compared by value: 50/100 equals 1/2). The wheel never goes beyond 100 %.
+    // it is (compared by value: 50/100 equals 1/2), and for an unknown code. The wheel never
+    // goes beyond 100 %. A zero denominator is repaired to 100 % by any step.
     static std::optional<VideoZoom> step(VideoZoom current, int code);
 
     bool sameValue(VideoZoom other) const;

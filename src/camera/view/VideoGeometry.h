@@ -20,8 +20,12 @@ struct RegionI {
 
 namespace VideoGeometry {
 
-// Multiply-divide rounded half away from zero, 0 when the divisor is 0.
+// Multiply-divide in 64 bits rounded half away from zero; 0 when the divisor is 0, and a
+// result beyond the integer range saturates.
 int mulDiv(int value, int numerator, int denominator);
+
+// A float truncated toward zero; NaN gives 0 and values beyond the integer range saturate.
+int truncated(float value);
 
 // Where the live picture lies in the client area: centred, 2 pixels right of and below the
 // exact centre, or from the edge when the client is not larger than the picture.
@@ -29,10 +33,9 @@ QRect pictureRect(QSize client, QSize video, int numerator, int denominator);
 
 // The region on screen: each edge scaled and truncated, then shifted by the picture's
 // top-left corner. Edges, not a QRect: right and bottom are where the outline is drawn.
-RegionI screenRegion(const RegionF& region, const QRect& picture, int numerator,
-                     int denominator);
+RegionI screenRegion(const RegionF& region, const QRect& picture, int numerator, int denominator);
 
-// The handle points 1 to 8 of a screen region (index 0 unused).
+// The handle points 1 to 8 of a screen region; (0, 0) for any other code.
 QPoint handlePoint(const RegionI& screen, int code);
 
 } // namespace VideoGeometry
