@@ -1,11 +1,12 @@
-# lanmira_add_test(NAME name SOURCES ... LIBS ... [LABELS ...] [GUI])
+# lanmira_add_test(NAME name SOURCES ... LIBS ... [LABELS ...] [LAUNCHER cmd ...] [GUI])
 # One GoogleTest executable registered with CTest as a single test. GUI tests run on the
-# offscreen platform so they need no display.
+# offscreen platform so they need no display. LAUNCHER runs the test through a command,
+# e.g. dbus-run-session -- for a private session bus.
 include(GoogleTest)
 find_package(GTest REQUIRED)
 
 function(lanmira_add_test)
-    cmake_parse_arguments(T "GUI" "NAME;TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+    cmake_parse_arguments(T "GUI" "NAME;TIMEOUT" "SOURCES;LIBS;LABELS;LAUNCHER" ${ARGN})
     add_executable(${T_NAME} ${T_SOURCES})
     target_link_libraries(${T_NAME} PRIVATE ${T_LIBS} GTest::gtest GTest::gmock lanmira_warnings)
     if(T_GUI)
@@ -21,7 +22,7 @@ function(lanmira_add_test)
     if(NOT T_TIMEOUT)
         set(T_TIMEOUT 120)
     endif()
-    add_test(NAME ${T_NAME} COMMAND ${T_NAME} --gtest_brief=1)
+    add_test(NAME ${T_NAME} COMMAND ${T_LAUNCHER} $<TARGET_FILE:${T_NAME}> --gtest_brief=1)
     set(_env "QT_QPA_PLATFORM=offscreen" "LANMIRA_BUILD_DIR=${PROJECT_BINARY_DIR}" ${LANMIRA_SANITIZER_TEST_ENV})
     set_tests_properties(${T_NAME} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}"
                          ENVIRONMENT "${_env}")
