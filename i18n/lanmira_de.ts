@@ -238,6 +238,42 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>ids_calvora_camera_controls</source>
         <translation>Kamera-Einstellungen</translation>
     </message>
+    <message>
+        <source>ids_calvora_nodevice</source>
+        <translation>Keine Kamera gefunden</translation>
+    </message>
+    <message>
+        <source>ids_calvora_video_framerate</source>
+        <translation>Kamera %.1f fps, angezeigt %.1f fps</translation>
+    </message>
+    <message>
+        <source>ids_whitebalance</source>
+        <translation>Weißabgleich</translation>
+    </message>
+    <message>
+        <source>ids_exposure</source>
+        <translation>Belichtung</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camera_disconnected</source>
+        <translation>Die Kamera wurde getrennt. Schließen Sie dieses Fenster, schließen Sie die Kamera wieder an und wählen Sie sie in der Kameraliste.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camera_openfail</source>
+        <translation>Die Kamera konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_keepawake</source>
+        <translation>Live-Video wird angezeigt</translation>
+    </message>
+    <message>
+        <source>ids_calvora_record_failed</source>
+        <translation>Die Aufnahme wurde beendet, weil die Datei nicht geschrieben werden konnte.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_camera</source>
+        <translation>Kamera</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -363,6 +399,10 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>32915</source>
         <translation>&amp;Diashow...</translation>
+    </message>
+    <message>
+        <source>cameralist</source>
+        <translation>Kamera&amp;liste</translation>
     </message>
 </context>
 <context>
@@ -607,6 +647,100 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>1056</source>
         <translation>&amp;Pause (Sekunden):</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>IDR_VIDEO</name>
+    <message>
+        <source>file</source>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>camera</source>
+        <translation>&amp;Kamera</translation>
+    </message>
+    <message>
+        <source>dialogs</source>
+        <translation>Kamera&amp;dialoge</translation>
+    </message>
+    <message>
+        <source>help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>32861</source>
+        <translation>Bild &amp;aufnehmen</translation>
+    </message>
+    <message>
+        <source>57634</source>
+        <translation>In die &amp;Zwischenablage&#9;Ctrl+C</translation>
+    </message>
+    <message>
+        <source>32905</source>
+        <translation>Automatische Auf&amp;nahme...</translation>
+    </message>
+    <message>
+        <source>32848</source>
+        <translation>Videoaufzeichnung Video&amp;aufzeichnung starten...amp;starten...</translation>
+    </message>
+    <message>
+        <source>32849</source>
+        <translation>Aufzeichnung &amp;beenden</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;Standard-Dateioptionen...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>Datei&amp;format...</translation>
+    </message>
+    <message>
+        <source>32907</source>
+        <translation>Vor dem Schließen &amp;fragen</translation>
+    </message>
+    <message>
+        <source>32915</source>
+        <translation>&amp;Diashow...</translation>
+    </message>
+    <message>
+        <source>32920</source>
+        <translation>&amp;Eigenschaften...&#9;Shift+V</translation>
+    </message>
+    <message>
+        <source>32814</source>
+        <translation>Immer im &amp;Vordergrund</translation>
+    </message>
+    <message>
+        <source>57664</source>
+        <translation>&amp;Info...</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_AUTO</name>
+    <message>
+        <source>0</source>
+        <translation>Automatische Aufnahme</translation>
+    </message>
+    <message>
+        <source>1044</source>
+        <translation>&amp;Intervall (Sekunden):</translation>
+    </message>
+    <message>
+        <source>1043</source>
+        <translation>Anzahl &amp;begrenzen</translation>
+    </message>
+    <message>
+        <source>1040</source>
+        <translation>&amp;Anzahl:</translation>
     </message>
     <message>
         <source>1</source>

@@ -238,6 +238,42 @@ Do you want to replace it?</translation>
         <source>ids_calvora_camera_controls</source>
         <translation>Camera Controls</translation>
     </message>
+    <message>
+        <source>ids_calvora_nodevice</source>
+        <translation>No camera found</translation>
+    </message>
+    <message>
+        <source>ids_calvora_video_framerate</source>
+        <translation>Camera %.1f fps, shown %.1f fps</translation>
+    </message>
+    <message>
+        <source>ids_whitebalance</source>
+        <translation>White Balance</translation>
+    </message>
+    <message>
+        <source>ids_exposure</source>
+        <translation>Exposure</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camera_disconnected</source>
+        <translation>The camera was disconnected. Close this window, plug the camera in again and choose it from the camera list.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camera_openfail</source>
+        <translation>The camera could not be opened.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_keepawake</source>
+        <translation>Showing live video</translation>
+    </message>
+    <message>
+        <source>ids_calvora_record_failed</source>
+        <translation>The recording stopped because the file could not be written.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_camera</source>
+        <translation>Camera</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -363,6 +399,10 @@ Do you want to replace it?</translation>
     <message>
         <source>32915</source>
         <translation>&amp;Slide Show...</translation>
+    </message>
+    <message>
+        <source>cameralist</source>
+        <translation>Camera &amp;List</translation>
     </message>
 </context>
 <context>
@@ -607,6 +647,100 @@ Do you want to replace it?</translation>
     <message>
         <source>1056</source>
         <translation>&amp;Delay (seconds):</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
+    </message>
+</context>
+<context>
+    <name>IDR_VIDEO</name>
+    <message>
+        <source>file</source>
+        <translation>&amp;File</translation>
+    </message>
+    <message>
+        <source>camera</source>
+        <translation>&amp;Camera</translation>
+    </message>
+    <message>
+        <source>dialogs</source>
+        <translation>Camera &amp;Dialogs</translation>
+    </message>
+    <message>
+        <source>help</source>
+        <translation>&amp;Help</translation>
+    </message>
+    <message>
+        <source>32861</source>
+        <translation>Capt&amp;ure a Frame</translation>
+    </message>
+    <message>
+        <source>57634</source>
+        <translation>Capture To &amp;Clipboard&#9;Ctrl+C</translation>
+    </message>
+    <message>
+        <source>32905</source>
+        <translation>Aut&amp;o Capture...</translation>
+    </message>
+    <message>
+        <source>32848</source>
+        <translation>&amp;Start Record...</translation>
+    </message>
+    <message>
+        <source>32849</source>
+        <translation>Sto&amp;p Record</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;File Default Options...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>&amp;File Format...</translation>
+    </message>
+    <message>
+        <source>32907</source>
+        <translation>&amp;Prompt to Save File</translation>
+    </message>
+    <message>
+        <source>32915</source>
+        <translation>&amp;Slide Show...</translation>
+    </message>
+    <message>
+        <source>32920</source>
+        <translation>&amp;View Properties...&#9;Shift+V</translation>
+    </message>
+    <message>
+        <source>32814</source>
+        <translation>Always &amp;topmost</translation>
+    </message>
+    <message>
+        <source>57664</source>
+        <translation>&amp;About...</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_AUTO</name>
+    <message>
+        <source>0</source>
+        <translation>Auto Capture</translation>
+    </message>
+    <message>
+        <source>1044</source>
+        <translation>Time &amp;slot(second):</translation>
+    </message>
+    <message>
+        <source>1043</source>
+        <translation>&amp;Limit the total times</translation>
+    </message>
+    <message>
+        <source>1040</source>
+        <translation>&amp;Times:</translation>
     </message>
     <message>
         <source>1</source>

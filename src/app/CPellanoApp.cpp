@@ -13,14 +13,18 @@
 #include "browser/CMainFrame1.h"
 #include "browser/CView1.h"
 #include "camera/CaptureHooks.h"
+#include "camera/frame/CVideoFrame.h"
+#include "camera/frame/CameraMenuModel.h"
 #include "dscap/dscap.h"
 #include "i18n/i18n.h"
 #include "imagelib/imagelib.h"
 #include "imagelib/iopt.h"
 #include "platform/CommandIds.h"
+#include "platform/CommandRouter.h"
 #include "platform/Messages.h"
 #include "platform/PostedMessage.h"
 #include "platform/UnixSignalBridge.h"
+#include "platform/VideoDeviceWatcher.h"
 #include "viewer/CMainFrame2.h"
 #include "viewer/CView2.h"
 #include "viewer/ImageNavigator.h"
@@ -29,9 +33,11 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QCursor>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMetaObject>
 
 #include <cstdlib>
@@ -145,6 +151,7 @@ bool CPellanoApp::initInstance() {
     m_clipboardPicture = clipboardHasPicture();
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this,
             [this] { m_clipboardPicture = clipboardHasPicture(); });
+    m_browserFrame->setCameraMenuFiller([this](QMenu* menu) { fillCameraListMenu(menu); });
     m_browserFrame->view()->setOpenImage([this](const QString& path, const QString& linkTarget) {
         openFromBrowser(path, linkTarget);
     });
@@ -161,10 +168,23 @@ bool CPellanoApp::initInstance() {
 
     // Being asked to stop (service manager, terminal, logout) closes as "Exit" does.
     m_signals = new UnixSignalBridge(this);
-    connect(m_signals, &UnixSignalBridge::terminationRequested, this, &CPellanoApp::requestExit);
+    connect(m_signals, &UnixSignalBridge::terminationRequested, this, [this] {
+        // Being told to stop ends the program, camera window and all.
+        if (m_cameraFrame)
+            m_cameraFrame->close();
+        requestExit();
+    });
     connect(qApp, &QGuiApplication::commitDataRequest, this, [this] { saveSettings(); });
 
     enumerateCameras();
+    // Capture devices coming and going make the browser frame list the cameras again, once
+    // the notifications have settled.
+    m_deviceWatcher = VideoDeviceWatcher::create(this);
+    if (m_deviceWatcher)
+        connect(m_deviceWatcher, &VideoDeviceWatcher::devicesChanged, this, [this] {
+            if (m_browserFrame)
+                postMessage(m_browserFrame.get(), msg::ENUMERATE_CAMERAS);
+        });
 
     if (!m_options.path.isEmpty() && !QFileInfo(m_options.path).isDir()) {
         // Queued behind the folder pane's start-up step, which lists the file's folder: the
@@ -215,6 +235,7 @@ int CPellanoApp::exitInstance(int exitCode) {
     saveSettings();
     m_settingsRead = false; // written; the exit hook has nothing left to do
     iopt_fini();
+    delete m_cameraFrame.data();
     m_cameras.clear();
     m_viewerFrame.reset();
     m_browserFrame.reset();
@@ -229,6 +250,74 @@ void CPellanoApp::enumerateCameras() {
     for (const dscap_dsvi* r = list; r->id; ++r)
         m_cameras.push_back({QString::fromUtf8(r->id), QString::fromUtf8(r->name), r->value});
     dscap_free_dsvi(list);
+}
+
+void CPellanoApp::fillCameraListMenu(QMenu* menu) {
+    if (!menu || !m_browserFrame)
+        return;
+    menu->clear();
+    const auto entries = cameraMenuEntries(m_cameras, m_currentCameraId, !m_cameraFrame.isNull(),
+                                           i18n_stringW("ids_calvora_nodevice"));
+    CommandRouter& router = m_browserFrame->router();
+    for (const CameraMenuEntry& e : entries) {
+        QAction* a = router.action(e.id);
+        QString text = e.text;
+        a->setText(text.replace(u'&', QStringLiteral("&&")));
+        a->setCheckable(e.checked);
+        a->setChecked(e.checked);
+        a->setEnabled(e.enabled);
+        menu->addAction(a);
+    }
+}
+
+void CPellanoApp::openCamera(int index) {
+    if (m_cameraFrame || index < 0 || index >= static_cast<int>(m_cameras.size()) ||
+        index >= cmd::kMaxCameras)
+        return;
+    auto* frame = new CVideoFrame(*this, m_cameras[static_cast<std::size_t>(index)]);
+    m_cameraFrame = frame;
+    frame->showMaximized();
+    frame->repaint();
+    postMessage(frame, msg::VIDEO_START_PREVIEW);
+}
+
+void CPellanoApp::cameraFrameDestroyed(CVideoFrame* frame) {
+    if (frame != m_cameraFrame.data())
+        return;
+    m_currentCameraId.clear();
+    m_cameraFrame.clear();
+    QMainWindow* current = mainWindow();
+    if (current && current->isHidden()) {
+        // The mode's frame was only hidden while the camera window stayed: now the program
+        // ends, as closing it would have ended it.
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (m_browserFrame)
+                    m_busyFilter->closeWindow(m_browserFrame.get());
+                if (m_viewerFrame)
+                    m_busyFilter->closeWindow(m_viewerFrame.get());
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+int CPellanoApp::readSetting(const QString& section, const QString& key, int def) {
+    return m_settings.readInt(section, key, def);
+}
+
+void CPellanoApp::writeSetting(const QString& section, const QString& key, int value) {
+    m_settings.writeInt(section, key, value);
+}
+
+CaptureFormat CPellanoApp::captureSettings() const {
+    CaptureFormat f;
+    f.title = m_captureTitle;
+    f.extension = m_captureExt;
+    f.format = m_captureFormat;
+    f.options[0] = m_captureOptions[0];
+    f.options[1] = m_captureOptions[1];
+    return f;
 }
 
 QMainWindow* CPellanoApp::mainWindow() const {
@@ -273,14 +362,8 @@ bool CPellanoApp::switchMode(std::uint32_t target) {
         return true;
     }
 
-    if (m_mode == 0) {
-        if (m_browserFrame->view()->dragging())
-            return false;
-        // The thumbnail worker lets go of the hidden list after at most one more item.
-        BrowserList::instance().stopRequest.store(BrowserList::kStopAbandon);
-    } else if (!m_viewerFrame->queryLeave()) {
+    if (!leaveCurrentMode())
         return false;
-    }
 
     if (target == 0)
         m_browserFrame->view()->refresh();
@@ -301,6 +384,17 @@ bool CPellanoApp::switchMode(std::uint32_t target) {
     left->hide();
     showFrame(entered);
     return true;
+}
+
+bool CPellanoApp::leaveCurrentMode() {
+    if (m_mode == 0) {
+        if (m_browserFrame->view()->dragging())
+            return false;
+        // The thumbnail worker lets go of the hidden list after at most one more item.
+        BrowserList::instance().stopRequest.store(BrowserList::kStopAbandon);
+        return true;
+    }
+    return m_viewerFrame->queryLeave();
 }
 
 void CPellanoApp::showMainWindow() {
@@ -379,6 +473,13 @@ void CPellanoApp::writeTrackMode(int trackMode) {
 }
 
 bool CPellanoApp::queryClose(QMainWindow* frame) {
+    if (m_cameraFrame && m_cameraFrame->isVisible()) {
+        // The camera window stays; the mode's frame only goes out of sight, and the program
+        // ends when the camera window is closed.
+        if (frame == mainWindow() && leaveCurrentMode())
+            frame->hide();
+        return false;
+    }
     const bool browser = frame == m_browserFrame.get();
     // The second half of a close the user already agreed to.
     if (browser ? m_viewerClosed : m_browserClosed)
@@ -436,7 +537,16 @@ bool CPellanoApp::onCommand(int id) {
         about.exec();
         return true;
     }
+    case cmd::ID_CAMERA_DROPDOWN:
+        // The button's own menu opens under it.
+        if (m_browserFrame && m_browserFrame->cameraDropDownMenu())
+            m_browserFrame->cameraDropDownMenu()->popup(QCursor::pos());
+        return true;
     default:
+        if (id >= cmd::ID_CAMERA_FIRST && id <= cmd::ID_CAMERA_LAST) {
+            openCamera(id - cmd::ID_CAMERA_FIRST);
+            return true;
+        }
         return false;
     }
 }
@@ -452,6 +562,7 @@ bool CPellanoApp::onUpdateCommand(int id, CommandState& state) {
     case cmd::ID_PROMPT_TO_SAVE:
         state.setCheck(m_prompt);
         return true;
+    case cmd::ID_CAMERA_DROPDOWN:
     case cmd::ID_MODE_BROWSER:
     case cmd::ID_SHOW_MAIN_WINDOW:
     case cmd::ID_APP_OPEN:
@@ -460,6 +571,14 @@ bool CPellanoApp::onUpdateCommand(int id, CommandState& state) {
     case cmd::ID_APP_ABOUT:
         return true;
     default:
+        if (id >= cmd::ID_CAMERA_FIRST && id <= cmd::ID_CAMERA_LAST) {
+            const int index = id - cmd::ID_CAMERA_FIRST;
+            state.enabled = !m_cameraFrame && index < static_cast<int>(m_cameras.size());
+            if (index < static_cast<int>(m_cameras.size()) &&
+                m_cameras[static_cast<std::size_t>(index)].id == m_currentCameraId)
+                state.setCheck(true);
+            return true;
+        }
         return false;
     }
 }

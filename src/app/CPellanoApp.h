@@ -2,11 +2,14 @@
 
 #include "app/SettingsStore.h"
 #include "camera/CameraRecord.h"
+#include "camera/frame/CVideoFrame.h"
+#include "camera/frame/VideoFrameHost.h"
 #include "platform/CommandTarget.h"
 #include "platform/FrameHost.h"
 #include "viewer/ViewerHost.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 
@@ -16,12 +19,15 @@
 #include <vector>
 
 class QMainWindow;
+class QMenu;
 
 namespace lanmira {
 
 class BusyInputFilter;
 class CMainFrame1;
 class CMainFrame2;
+class CVideoFrame;
+class VideoDeviceWatcher;
 class UnixSignalBridge;
 
 // The application object: start-up, the settings it owns, the two mode frames and the
@@ -29,7 +35,8 @@ class UnixSignalBridge;
 class CPellanoApp final : public QObject,
                           public CommandTarget,
                           public FrameHost,
-                          public ViewerHost {
+                          public ViewerHost,
+                          public VideoFrameHost {
     Q_OBJECT
 public:
     struct Options {
@@ -71,6 +78,14 @@ public:
     void frameClosed(QMainWindow* frame) override;
     CommandTarget* applicationCommands() override { return this; }
 
+    // VideoFrameHost
+    int readSetting(const QString& section, const QString& key, int def) override;
+    void writeSetting(const QString& section, const QString& key, int value) override;
+    CaptureFormat captureSettings() const override;
+    int& captureCounter() override { return m_captureCounter; }
+    void setCurrentCamera(const QString& id) override { m_currentCameraId = id; }
+    void cameraFrameDestroyed(CVideoFrame* frame) override;
+
     // CommandTarget
     bool onCommand(int id) override;
     bool onUpdateCommand(int id, CommandState& state) override;
@@ -109,6 +124,13 @@ public:
     const std::vector<CameraRecord>& cameras() const { return m_cameras; }
 
     void enumerateCameras();
+    // Makes the camera window for the camera at that index of the list; nothing when one is
+    // open or there is no such camera.
+    void openCamera(int index);
+    // Rebuilds a "Camera List" popup from the camera list.
+    void fillCameraListMenu(QMenu* menu);
+    CVideoFrame* cameraFrame() const { return m_cameraFrame; }
+    const QString& currentCameraId() const { return m_currentCameraId; }
 
 private:
     void fail(const QString& text);
@@ -121,6 +143,8 @@ private:
     void openDialog();
     void pasteAsNewFile();
     void slideShowSettings();
+    // The step that leaving the current mode takes; false when its frame refuses.
+    bool leaveCurrentMode();
 
     Options m_options;
     QString m_programFolder;
@@ -137,6 +161,10 @@ private:
     std::uint32_t m_captureOptions[2] = {0, 0};
     QStringList m_captureFormats;
     std::vector<CameraRecord> m_cameras;
+    QPointer<CVideoFrame> m_cameraFrame;
+    QString m_currentCameraId;
+    int m_captureCounter = 0;
+    VideoDeviceWatcher* m_deviceWatcher = nullptr;
 
     std::uint32_t m_mode = 0;
     std::unique_ptr<CMainFrame1> m_browserFrame;

@@ -11,9 +11,12 @@
 #include <QAction>
 #include <QIcon>
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
+#include <QToolButton>
 
 namespace lanmira {
 
@@ -21,10 +24,10 @@ const MenuResource& CMainFrame1::menuResource() {
     using E = MenuEntry;
     static const MenuResource menu{
         "IDR_BROWSER",
-        {E::popup("file",
-                  {E::item(cmd::ID_APP_OPEN), E::item(cmd::ID_PASTE_AS_NEW_FILE), E::separator(),
-                   E::item(cmd::ID_PROMPT_TO_SAVE), E::item(cmd::ID_SLIDE_SHOW_SETTINGS),
-                   E::separator(), E::item(cmd::ID_APP_EXIT)}),
+        {E::popup("file", {E::popup("cameralist", {}), E::separator(), E::item(cmd::ID_APP_OPEN),
+                           E::item(cmd::ID_PASTE_AS_NEW_FILE), E::separator(),
+                           E::item(cmd::ID_PROMPT_TO_SAVE), E::item(cmd::ID_SLIDE_SHOW_SETTINGS),
+                           E::separator(), E::item(cmd::ID_APP_EXIT)}),
          E::popup("edit", {E::item(cmd::ID_DELETE), E::separator(), E::item(cmd::ID_SELECT_ALL),
                            E::item(cmd::ID_INVERT_SELECTION)}),
          E::popup("view", {E::item(cmd::ID_LARGE_ICONS), E::item(cmd::ID_SMALL_ICONS),
@@ -53,6 +56,12 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
     connect(m_folders, &CFoldersPane::folderChosen, m_view, &CView1::openFolder);
 
     buildToolBar();
+    m_cameraList = menuBar()->findChild<QMenu*>(QStringLiteral("cameralist"));
+    if (m_cameraList)
+        connect(m_cameraList, &QMenu::aboutToShow, this, [this] {
+            if (m_fillCameraMenu)
+                m_fillCameraMenu(m_cameraList);
+        });
     // Opening the selected picture has a key but no menu entry.
     router().action(cmd::ID_BROWSER_ITEM_OPEN)->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
 
@@ -90,6 +99,22 @@ void CMainFrame1::buildToolBar() {
         {cmd::ID_CAMERA_DROPDOWN, "ids_video", "camera-photo", QStyle::SP_ComputerIcon},
     };
     m_toolBar = addCommandToolBar(QStringLiteral("browserToolBar"), buttons);
+
+    // The camera button drops down the camera list ("IDR_DEVICE") under itself.
+    m_cameraDropDown = new QMenu(this);
+    m_cameraDropDown->setObjectName(QStringLiteral("IDR_DEVICE"));
+    QAction* camera = router().action(cmd::ID_CAMERA_DROPDOWN);
+    camera->setMenu(m_cameraDropDown);
+    if (auto* button = qobject_cast<QToolButton*>(m_toolBar->widgetForAction(camera)))
+        button->setPopupMode(QToolButton::InstantPopup);
+    connect(m_cameraDropDown, &QMenu::aboutToShow, this, [this] {
+        if (m_fillCameraMenu)
+            m_fillCameraMenu(m_cameraDropDown);
+    });
+}
+
+void CMainFrame1::setCameraMenuFiller(std::function<void(QMenu*)> fill) {
+    m_fillCameraMenu = std::move(fill);
 }
 
 void CMainFrame1::updateStatus() {

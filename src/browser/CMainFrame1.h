@@ -4,7 +4,10 @@
 
 #include <QString>
 
+#include <functional>
+
 class QLabel;
+class QMenu;
 class QToolBar;
 
 namespace lanmira {
@@ -29,6 +32,11 @@ public:
 
     static const MenuResource& menuResource();
 
+    // Fills a camera list popup each time it opens (the File menu's and the toolbar's).
+    void setCameraMenuFiller(std::function<void(QMenu*)> fill);
+    QMenu* cameraListMenu() const { return m_cameraList; }
+    QMenu* cameraDropDownMenu() const { return m_cameraDropDown; }
+
     CView1* view() const { return m_view; }
     CFoldersPane* foldersPane() const { return m_folders; }
 
@@ -46,6 +54,9 @@ private:
     CView1* m_view;
     CFoldersPane* m_folders;
     QToolBar* m_toolBar = nullptr;
+    QMenu* m_cameraList = nullptr;
+    QMenu* m_cameraDropDown = nullptr;
+    std::function<void(QMenu*)> m_fillCameraMenu;
     QLabel* m_position;
     QLabel* m_name;
     QLabel* m_image;

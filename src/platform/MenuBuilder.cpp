@@ -103,6 +103,8 @@ void MenuBuilder::fillMenu(QMenu* target, const std::string& menuName,
         case MenuEntry::Kind::Popup: {
             auto* sub = target->addMenu(
                 MenuBuilder::parse(i18n_menuText(menuName.c_str(), e.key.c_str())).label);
+            // Popups filled when they open are found by their key.
+            sub->setObjectName(QString::fromStdString(e.key));
             fillMenu(sub, menuName, e.children, router);
             router.watchMenu(sub);
             break;
@@ -126,6 +128,7 @@ void MenuBuilder::fillMenuBar(QMenuBar* bar, const MenuResource& menu, CommandRo
             continue;
         QMenu* popup =
             bar->addMenu(MenuBuilder::parse(i18n_menuText(menu.name.c_str(), e.key.c_str())).label);
+        popup->setObjectName(QString::fromStdString(e.key));
         fillMenu(popup, menu.name, e.children, router);
         router.watchMenu(popup);
     }
