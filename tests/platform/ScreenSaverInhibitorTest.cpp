@@ -171,6 +171,16 @@ TEST_F(ScreenSaverInhibitorTest, HoldsUntilSwitchedOffAndGivesTheCookieBack) {
     ASSERT_TRUE(settlesIn(inh, State::Idle));
     EXPECT_EQ(fake->ledger.inhibits, 1);
     EXPECT_EQ(fake->ledger.released, QList<uint>{41});
+
+    // On again while the release is still on its way: asked for anew once it is done.
+    inh.setInhibited(true, QStringLiteral("Live picture"));
+    ASSERT_TRUE(settlesIn(inh, State::Held));
+    inh.setInhibited(false, {});
+    EXPECT_EQ(inh.state(), State::Releasing);
+    inh.setInhibited(true, QStringLiteral("Live picture"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fake->ledger.inhibits == 3; }, 5000));
+    ASSERT_TRUE(settlesIn(inh, State::Held));
+    EXPECT_EQ(fake->ledger.released, (QList<uint>{41, 42}));
 }
 
 TEST_F(ScreenSaverInhibitorTest, DestructionReleasesWhatIsHeld) {
