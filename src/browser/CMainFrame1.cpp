@@ -102,7 +102,7 @@ void CMainFrame1::buildToolBar() {
 
     // The camera button drops down the camera list ("IDR_DEVICE") under itself.
     m_cameraDropDown = new QMenu(this);
-    m_cameraDropDown->setObjectName(QStringLiteral("IDR_DEVICE"));
+    m_cameraDropDown->setObjectName(QStringLiteral("cameraDropDown"));
     QAction* camera = router().action(cmd::ID_CAMERA_DROPDOWN);
     camera->setMenu(m_cameraDropDown);
     if (auto* button = qobject_cast<QToolButton*>(m_toolBar->widgetForAction(camera)))

@@ -1,6 +1,8 @@
 #include "app/CAboutDlg.h"
 #include "app/CSlideDlg.h"
 #include "browser/CMainFrame1.h"
+#include "camera/dialogs/CAutoDlg.h"
+#include "camera/frame/CVideoFrame.h"
 #include "i18n/i18n.h"
 #include "platform/CImageOptionsDlg.h"
 #include "platform/MenuResource.h"
@@ -34,10 +36,12 @@ void collectMissing(const std::string& menu, const std::vector<MenuEntry>& entri
 TEST(MenuCatalog, EveryMenuEntryAndDialogControlHasAnEnglishText) {
     ASSERT_TRUE(i18n_init(QString::fromUtf8(LANMIRA_BUILD_DIR "/share/lanmira/i18n"), 0));
     std::vector<std::string> missing;
-    for (const MenuResource* menu : {&CMainFrame1::menuResource(), &CMainFrame2::menuResource()})
+    for (const MenuResource* menu :
+         {&CMainFrame1::menuResource(), &CMainFrame2::menuResource(), &CVideoFrame::menuResource()})
         collectMissing(menu->name, menu->entries, missing);
     const std::pair<const char*, std::vector<int>> dialogs[] = {
         {CAboutDlg::dialogName(), CAboutDlg::controlIds()},
+        {CAutoDlg::dialogName(), CAutoDlg::controlIds()},
         {CImageOptionsDlg::dialogName(), CImageOptionsDlg::controlIds()},
         {CSlideDlg::dialogName(), CSlideDlg::controlIds()},
         {CZoomCustomDlg::dialogName(), CZoomCustomDlg::controlIds()}};

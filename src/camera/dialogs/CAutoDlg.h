@@ -3,6 +3,7 @@
 #include <QDialog>
 
 #include <functional>
+#include <vector>
 
 class QCheckBox;
 class QSpinBox;
@@ -29,6 +30,7 @@ class CAutoDlg final : public QDialog {
     Q_OBJECT
 public:
     static const char* dialogName();
+    static std::vector<int> controlIds() { return {0, 1, 2, kTimesLabel, kLimit, kSlotLabel}; }
     static constexpr int kTimesLabel = 1040;
     static constexpr int kSlot = 1041;
     static constexpr int kTimes = 1042;
