@@ -723,6 +723,10 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>57664</source>
         <translation>&amp;Info...</translation>
     </message>
+    <message>
+        <source>options</source>
+        <translation>&amp;Optionen</translation>
+    </message>
 </context>
 <context>
     <name>IDD_AUTO</name>

@@ -723,6 +723,10 @@ Do you want to replace it?</translation>
         <source>57664</source>
         <translation>&amp;About...</translation>
     </message>
+    <message>
+        <source>options</source>
+        <translation>&amp;Options</translation>
+    </message>
 </context>
 <context>
     <name>IDD_AUTO</name>

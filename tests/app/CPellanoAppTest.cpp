@@ -1,14 +1,20 @@
 #include "app/CPellanoApp.h"
 
 #include "../../tools/ProfileWriter.h"
+#include "../libs/dscap/FakeV4l2System.h"
 #include "acquire/ClipboardImage.h"
 #include "app/CAboutDlg.h"
 #include "app/ProductProfile.h"
 #include "app/SingleInstance.h"
 #include "browser/BrowserList.h"
 #include "browser/CMainFrame1.h"
+#include "dscap/core/DemoProvider.h"
+#include "dscap/core/Library.h"
+#include "dscap/v4l2/V4l2Provider.h"
 #include "platform/CommandIds.h"
 #include "platform/CommandRouter.h"
+#include "platform/Messages.h"
+#include "platform/PostedMessage.h"
 #include "viewer/CMainFrame2.h"
 #include "viewer/CView2.h"
 #include "viewer/ViewerReceiver.h"
@@ -20,6 +26,7 @@
 #include <QFile>
 #include <QImage>
 #include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProcess>
@@ -378,4 +385,73 @@ TEST(SingleInstanceLock, SecondHolderIsRefusedAndADeadOwnersLockIsTakenOver) {
             "\n");
     f.close();
     EXPECT_TRUE(probe.acquire());
+}
+
+// The camera list follows the capture devices; a camera window stands beside the mode's
+// frame, greys the list, and outlives a closed browser until it is closed itself.
+TEST_F(AppFixture, CameraWindowStandsBesideTheModesAndEndsTheProgramLast) {
+    auto system = std::make_shared<dscap::v4l2::FakeV4l2System>();
+    std::vector<std::unique_ptr<dscap::CameraProvider>> providers;
+    providers.push_back(dscap::v4l2::makeV4l2Provider(system));
+    providers.push_back(std::make_unique<dscap::DemoProvider>(dscap::DemoOptions{}, false));
+    dscap::Library::instance().setProviders(std::move(providers));
+    const auto app = start();
+    ASSERT_TRUE(app);
+    ASSERT_EQ(app->cameras().size(), 1u);
+    EXPECT_EQ(app->cameras()[0].id, u"demo:colour"_s);
+
+    // A camera plugged in is listed first once the browser frame has enumerated again.
+    system->addNode(dscap::v4l2::FakeV4l2System::webcam("/dev/video0", "usb-Acme-video-index0"));
+    postMessage(app->browserFrame(), msg::ENUMERATE_CAMERAS);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return app->cameras().size() == 2; }, 3000));
+    EXPECT_EQ(app->cameras()[1].id, u"demo:colour"_s);
+
+    CommandRouter& router = app->browserFrame()->router();
+    EXPECT_TRUE(router.query(cmd::ID_CAMERA_FIRST + 1).enabled);
+    EXPECT_FALSE(router.query(cmd::ID_CAMERA_FIRST + 2).enabled);
+    ASSERT_TRUE(router.dispatch(cmd::ID_CAMERA_FIRST + 1));
+    ASSERT_TRUE(app->cameraFrame());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return app->currentCameraId() == u"demo:colour"_s; }, 5000));
+    // A second camera cannot be opened while one is.
+    EXPECT_FALSE(router.dispatch(cmd::ID_CAMERA_FIRST));
+
+    QMenu menu;
+    app->fillCameraListMenu(&menu);
+    ASSERT_EQ(menu.actions().size(), 2);
+    for (QAction* a : menu.actions())
+        EXPECT_FALSE(a->isEnabled());
+    EXPECT_FALSE(menu.actions()[0]->isChecked());
+    EXPECT_TRUE(menu.actions()[1]->isChecked());
+
+    bool quitByApp = false;
+    QTimer::singleShot(0, [&] {
+        app->browserFrame()->close();
+        EXPECT_FALSE(app->browserFrame()->isVisible());
+        ASSERT_TRUE(app->cameraFrame());
+        EXPECT_TRUE(app->cameraFrame()->isVisible());
+        QTimer::singleShot(300, [&] { app->cameraFrame()->close(); });
+    });
+    QTimer::singleShot(10000, [&] { QCoreApplication::exit(99); });
+    quitByApp = QApplication::exec() == 0;
+    EXPECT_TRUE(quitByApp);
+    EXPECT_TRUE(app->currentCameraId().isEmpty());
+    app->exitInstance(0);
+    dscap::Library::instance().setProviders({});
+}
+
+TEST_F(AppFixture, WithoutCamerasTheListHoldsOneGreyedEntryThatOpensNothing) {
+    std::vector<std::unique_ptr<dscap::CameraProvider>> providers;
+    providers.push_back(
+        dscap::v4l2::makeV4l2Provider(std::make_shared<dscap::v4l2::FakeV4l2System>()));
+    dscap::Library::instance().setProviders(std::move(providers));
+    const auto app = start();
+    ASSERT_TRUE(app);
+    QMenu menu;
+    app->fillCameraListMenu(&menu);
+    ASSERT_EQ(menu.actions().size(), 1);
+    EXPECT_FALSE(menu.actions()[0]->isEnabled());
+    EXPECT_FALSE(app->browserFrame()->router().dispatch(cmd::ID_CAMERA_FIRST));
+    EXPECT_FALSE(app->cameraFrame());
+    app->exitInstance(0);
+    dscap::Library::instance().setProviders({});
 }

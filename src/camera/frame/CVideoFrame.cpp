@@ -43,14 +43,15 @@ const MenuResource& CVideoFrame::menuResource() {
     using E = MenuEntry;
     static const MenuResource menu{
         "IDR_VIDEO",
-        {E::popup("file", {E::item(cmd::ID_VIDEO_CAPTURE_FRAME), E::item(cmd::ID_EDIT_COPY),
-                           E::item(cmd::ID_VIDEO_AUTO_CAPTURE), E::separator(),
-                           E::item(cmd::ID_VIDEO_START_RECORD), E::item(cmd::ID_VIDEO_STOP_RECORD),
-                           E::separator(), E::item(cmd::ID_FILE_DEFAULT_OPTIONS),
-                           E::item(cmd::ID_FILE_FORMAT), E::separator(),
-                           E::item(cmd::ID_PROMPT_TO_SAVE), E::item(cmd::ID_SLIDE_SHOW_SETTINGS)}),
+        {E::popup("file",
+                  {E::item(cmd::ID_VIDEO_CAPTURE_FRAME), E::item(cmd::ID_EDIT_COPY),
+                   E::item(cmd::ID_VIDEO_AUTO_CAPTURE), E::separator(),
+                   E::item(cmd::ID_VIDEO_START_RECORD), E::item(cmd::ID_VIDEO_STOP_RECORD)}),
          E::popup("camera", {E::item(cmd::ID_VIDEO_VIEW_PROPERTIES), E::popup("dialogs", {}),
                              E::separator(), E::item(cmd::ID_VIDEO_TOPMOST)}),
+         E::popup("options", {E::item(cmd::ID_FILE_DEFAULT_OPTIONS), E::item(cmd::ID_FILE_FORMAT),
+                              E::separator(), E::item(cmd::ID_PROMPT_TO_SAVE),
+                              E::item(cmd::ID_SLIDE_SHOW_SETTINGS)}),
          E::popup("help", {E::item(cmd::ID_APP_ABOUT)})}};
     return menu;
 }
