@@ -486,6 +486,9 @@ bool TransferEngine::copyBytes(int from, int to, const QByteArray& source, int* 
         }
         const ssize_t n = ::copy_file_range(from, nullptr, to, nullptr, kCopyChunk, 0);
         if (n > 0) {
+            // Start writing back now, so the flush before the rename has little left.
+            const off_t end = ::lseek(to, 0, SEEK_CUR);
+            ::sync_file_range(to, end - n, n, SYNC_FILE_RANGE_WRITE);
             addBytes(n);
             continue;
         }
