@@ -274,6 +274,134 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>ids_calvora_camerapane_camera</source>
         <translation>Kamera</translation>
     </message>
+    <message>
+        <source>ids_lanmira_toolbar_pasteshortcut</source>
+        <translation>Verknüpfung einfügen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_tiff</source>
+        <translation>Mehrseitiges TIFF</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_title</source>
+        <translation>Dateiübertragung</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_copying</source>
+        <translation>Kopiere Datei %d von %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_moving</source>
+        <translation>Verschiebe Datei %d von %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_bytes</source>
+        <translation>%s von %s</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_cancel</source>
+        <translation>&amp;Abbrechen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_conflict</source>
+        <translation>%s ist bereits vorhanden.
+Möchten Sie die Datei ersetzen?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_replace</source>
+        <translation>&amp;Ersetzen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_skip</source>
+        <translation>Über&amp;springen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_all</source>
+        <translation>Für &amp;alle Konflikte so verfahren</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_failed</source>
+        <translation>Diese Elemente wurden nicht übertragen:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_notfiles</source>
+        <translation>Diese Einträge sind keine Dateien auf diesem Computer und wurden ausgelassen:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_more</source>
+        <translation>... und %d weitere</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_gone</source>
+        <translation>Die Datei existiert nicht mehr.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_notarget</source>
+        <translation>Der Ordner %s existiert nicht.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_intoitself</source>
+        <translation>Ein Ordner kann nicht in sich selbst abgelegt werden.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_notfile</source>
+        <translation>Dies ist weder eine Datei noch ein Ordner.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_itself</source>
+        <translation>Quelle und Ziel sind dieselbe Datei.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_folderexists</source>
+        <translation>Ein Ordner dieses Namens ist im Weg.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_fileexists</source>
+        <translation>Eine Datei dieses Namens ist im Weg.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_copiedonly</source>
+        <translation>Die Datei wurde kopiert, aber das Original konnte nicht entfernt werden: %s</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_link_failed</source>
+        <translation>Diese Verknüpfungen wurden nicht angelegt:</translation>
+    </message>
+    <message>
+        <source>ids_calvora_browse_shutcut</source>
+        <translation>%s ist bereits vorhanden.
+Möchten Sie die Datei durch eine Verknüpfung ersetzen?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_tiff_title</source>
+        <translation>Mehrseitiges Tiff</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_openfail1</source>
+        <translation>%s konnte nicht geöffnet werden.
+%s
+Klicken Sie auf OK, um mit dem nächsten Bild fortzufahren, oder auf Abbrechen, um aufzuhören.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_openfail2</source>
+        <translation>%s konnte nicht geöffnet werden.
+Klicken Sie auf OK, um mit dem nächsten Bild fortzufahren, oder auf Abbrechen, um aufzuhören.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_pageno</source>
+        <translation>%s, Seite %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_pagefail1</source>
+        <translation>%s konnte nicht geöffnet werden.
+%s
+Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_pagefail2</source>
+        <translation>%s konnte nicht geöffnet werden.
+Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -403,6 +531,26 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>cameralist</source>
         <translation>Kamera&amp;liste</translation>
+    </message>
+    <message>
+        <source>32868</source>
+        <translation>&amp;Ausschneiden&#9;Ctrl+X</translation>
+    </message>
+    <message>
+        <source>32866</source>
+        <translation>&amp;Kopieren&#9;Ctrl+C</translation>
+    </message>
+    <message>
+        <source>32867</source>
+        <translation>&amp;Einfügen&#9;Ctrl+V</translation>
+    </message>
+    <message>
+        <source>32875</source>
+        <translation>&amp;Verknüpfung einfügen</translation>
+    </message>
+    <message>
+        <source>32865</source>
+        <translation>&amp;Mehrseitiges Tiff...</translation>
     </message>
 </context>
 <context>

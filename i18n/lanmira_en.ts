@@ -274,6 +274,134 @@ Do you want to replace it?</translation>
         <source>ids_calvora_camerapane_camera</source>
         <translation>Camera</translation>
     </message>
+    <message>
+        <source>ids_lanmira_toolbar_pasteshortcut</source>
+        <translation>Paste Shortcut</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_toolbar_tiff</source>
+        <translation>Multi-page TIFF</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_title</source>
+        <translation>File Transfer</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_copying</source>
+        <translation>Copying file %d of %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_moving</source>
+        <translation>Moving file %d of %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_bytes</source>
+        <translation>%s of %s</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_cancel</source>
+        <translation>&amp;Cancel</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_conflict</source>
+        <translation>%s already exists.
+Do you want to replace it?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_replace</source>
+        <translation>&amp;Replace</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_skip</source>
+        <translation>&amp;Skip</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_all</source>
+        <translation>Do this for &amp;all conflicts</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_failed</source>
+        <translation>These items were not transferred:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_notfiles</source>
+        <translation>These entries are not files on this computer and were left out:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_more</source>
+        <translation>... and %d more</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_gone</source>
+        <translation>It no longer exists.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_notarget</source>
+        <translation>The folder %s does not exist.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_intoitself</source>
+        <translation>A folder cannot be put into itself.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_notfile</source>
+        <translation>It is neither a file nor a folder.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_itself</source>
+        <translation>The source and the target are the same file.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_folderexists</source>
+        <translation>A folder of this name is in the way.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_fileexists</source>
+        <translation>A file of this name is in the way.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_transfer_copiedonly</source>
+        <translation>It was copied, but the original could not be removed: %s</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_link_failed</source>
+        <translation>These links were not made:</translation>
+    </message>
+    <message>
+        <source>ids_calvora_browse_shutcut</source>
+        <translation>%s already exists.
+Do you want to replace it with a link?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_tiff_title</source>
+        <translation>MultiPage Tiff</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_openfail1</source>
+        <translation>%s could not be opened.
+%s
+Click OK to go on with the next picture, or Cancel to stop.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_openfail2</source>
+        <translation>%s could not be opened.
+Click OK to go on with the next picture, or Cancel to stop.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_pageno</source>
+        <translation>%s, page %d</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_pagefail1</source>
+        <translation>%s could not be opened.
+%s
+Click OK to go on, or Cancel to stop.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_pagefail2</source>
+        <translation>%s could not be opened.
+Click OK to go on, or Cancel to stop.</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -403,6 +531,26 @@ Do you want to replace it?</translation>
     <message>
         <source>cameralist</source>
         <translation>Camera &amp;List</translation>
+    </message>
+    <message>
+        <source>32868</source>
+        <translation>Cu&amp;t&#9;Ctrl+X</translation>
+    </message>
+    <message>
+        <source>32866</source>
+        <translation>&amp;Copy&#9;Ctrl+C</translation>
+    </message>
+    <message>
+        <source>32867</source>
+        <translation>&amp;Paste&#9;Ctrl+V</translation>
+    </message>
+    <message>
+        <source>32875</source>
+        <translation>Paste &amp;Shortcut</translation>
+    </message>
+    <message>
+        <source>32865</source>
+        <translation>MultiPage &amp;Tiff...</translation>
     </message>
 </context>
 <context>

@@ -1,9 +1,14 @@
 #include "browser/CFoldersPane.h"
 
+#include "browser/fileops/DropRequest.h"
+#include "browser/fileops/DropRules.h"
+#include "browser/fileops/FileListData.h"
 #include "i18n/i18n.h"
 #include "platform/PostedMessage.h"
 
 #include <QDir>
+#include <QDragMoveEvent>
+#include <QDropEvent>
 #include <QFileInfo>
 #include <QFileSystemModel>
 #include <QHeaderView>
@@ -32,6 +37,9 @@ CFoldersPane::CFoldersPane(const QString& startFolder, QWidget* parent)
     m_tree->setFrameShape(QFrame::StyledPanel);
     m_tree->setSelectionMode(QAbstractItemView::SingleSelection);
     setWidget(m_tree);
+    // The tree's own drop handling would ask the read-only model; the filter answers.
+    m_tree->viewport()->setAcceptDrops(true);
+    m_tree->viewport()->installEventFilter(this);
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &CFoldersPane::currentChanged);
     postMessage(this, msg::FOLDERS_PANE_CREATED);
@@ -66,6 +74,58 @@ void CFoldersPane::customEvent(QEvent* event) {
         return;
     }
     QDockWidget::customEvent(event);
+}
+
+void CFoldersPane::setDropHandler(std::function<void(DropRequest)> handler) {
+    m_dropHandler = std::move(handler);
+}
+
+QString CFoldersPane::folderAt(const QPoint& pos) const {
+    const QModelIndex index = m_tree->indexAt(pos);
+    if (!index.isValid())
+        return {};
+    const QString path = m_model->filePath(index);
+    if (path.isEmpty() || !QFileInfo(path).isDir())
+        return {};
+    return path.endsWith(u'/') ? path : path + u'/';
+}
+
+bool CFoldersPane::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != m_tree->viewport())
+        return QDockWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::DragEnter:
+    case QEvent::DragMove:
+    case QEvent::Drop: {
+        auto* drop = static_cast<QDropEvent*>(event);
+        const QString folder = folderAt(drop->position().toPoint());
+        // The grid is another view: its drags count as coming from elsewhere here.
+        const std::uint32_t e = DropRules::dragOverEffect(
+            !folder.isEmpty() && m_dropHandler, FileListData::offersFiles(drop->mimeData()), false,
+            DropRules::keyState(drop->modifiers()));
+        if (e == effect::kNone) {
+            drop->ignore();
+            // Enter must be accepted for moves over other folders to be offered at all.
+            if (event->type() == QEvent::DragEnter && FileListData::offersFiles(drop->mimeData()))
+                drop->accept();
+            return true;
+        }
+        drop->setDropAction(DropRules::action(e));
+        drop->accept();
+        if (event->type() == QEvent::Drop) {
+            DropRequest request;
+            request.folder = folder;
+            request.files = FileListData::decode(drop->mimeData());
+            request.effect = e;
+            m_dropHandler(std::move(request));
+        }
+        return true;
+    }
+    case QEvent::DragLeave:
+        return true;
+    default:
+        return QDockWidget::eventFilter(watched, event);
+    }
 }
 
 void CFoldersPane::currentChanged() {

@@ -2,6 +2,7 @@
 
 #include "browser/CFoldersPane.h"
 #include "browser/CView1.h"
+#include "browser/fileops/DropRequest.h"
 #include "i18n/i18n.h"
 #include "platform/CommandIds.h"
 #include "platform/CommandRouter.h"
@@ -28,8 +29,11 @@ const MenuResource& CMainFrame1::menuResource() {
                            E::item(cmd::ID_PASTE_AS_NEW_FILE), E::separator(),
                            E::item(cmd::ID_PROMPT_TO_SAVE), E::item(cmd::ID_SLIDE_SHOW_SETTINGS),
                            E::separator(), E::item(cmd::ID_APP_EXIT)}),
-         E::popup("edit", {E::item(cmd::ID_DELETE), E::separator(), E::item(cmd::ID_SELECT_ALL),
-                           E::item(cmd::ID_INVERT_SELECTION)}),
+         E::popup("edit", {E::item(cmd::ID_FILES_CUT), E::item(cmd::ID_FILES_COPY),
+                           E::item(cmd::ID_FILES_PASTE), E::item(cmd::ID_FILES_PASTE_SHORTCUT),
+                           E::separator(), E::item(cmd::ID_DELETE), E::separator(),
+                           E::item(cmd::ID_SELECT_ALL), E::item(cmd::ID_INVERT_SELECTION),
+                           E::separator(), E::item(cmd::ID_MULTIPAGE_TIFF)}),
          E::popup("view", {E::item(cmd::ID_LARGE_ICONS), E::item(cmd::ID_SMALL_ICONS),
                            E::separator(), E::item(cmd::ID_SORT_BY_NAME),
                            E::item(cmd::ID_SORT_BY_TYPE), E::item(cmd::ID_SORT_BY_SIZE),
@@ -54,6 +58,10 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
     addDockWidget(Qt::LeftDockWidgetArea, m_folders);
     resizeDocks({m_folders}, {260}, Qt::Horizontal);
     connect(m_folders, &CFoldersPane::folderChosen, m_view, &CView1::openFolder);
+    m_folders->setDropHandler(
+        [this](DropRequest request) { m_view->postDrop(std::move(request)); });
+    m_view->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_view, &QWidget::customContextMenuRequested, this, &CMainFrame1::showContextMenu);
 
     buildToolBar();
     m_cameraList = menuBar()->findChild<QMenu*>(QStringLiteral("cameralist"));
@@ -97,6 +105,10 @@ void CMainFrame1::buildToolBar() {
         {cmd::ID_BROWSER_SORT_CYCLE, "ids_lanmira_toolbar_sort", "view-sort-ascending",
          QStyle::SP_ArrowDown},
         {cmd::ID_CAMERA_DROPDOWN, "ids_video", "camera-photo", QStyle::SP_ComputerIcon},
+        {cmd::ID_FILES_PASTE_SHORTCUT, "ids_lanmira_toolbar_pasteshortcut", "insert-link",
+         QStyle::SP_FileLinkIcon},
+        {cmd::ID_MULTIPAGE_TIFF, "ids_lanmira_toolbar_tiff", "document-save-as",
+         QStyle::SP_DialogSaveButton},
     };
     m_toolBar = addCommandToolBar(QStringLiteral("browserToolBar"), buttons);
 
@@ -111,6 +123,28 @@ void CMainFrame1::buildToolBar() {
         if (m_fillCameraMenu)
             m_fillCameraMenu(m_cameraDropDown);
     });
+}
+
+void CMainFrame1::showContextMenu(const QPoint& pos) {
+    // The same actions as the menu bar's, so texts, keys and enabling agree.
+    static constexpr int kItems[] = {cmd::ID_FILES_CUT,
+                                     cmd::ID_FILES_COPY,
+                                     cmd::ID_FILES_PASTE,
+                                     cmd::ID_FILES_PASTE_SHORTCUT,
+                                     0,
+                                     cmd::ID_DELETE,
+                                     0,
+                                     cmd::ID_MULTIPAGE_TIFF};
+    QMenu menu(this);
+    menu.setObjectName(QStringLiteral("browserContextMenu"));
+    for (int id : kItems) {
+        if (id == 0)
+            menu.addSeparator();
+        else
+            menu.addAction(router().action(id));
+    }
+    router().updateActions();
+    menu.exec(m_view->viewport()->mapToGlobal(pos));
 }
 
 void CMainFrame1::setCameraMenuFiller(std::function<void(QMenu*)> fill) {

@@ -49,6 +49,7 @@ protected:
 
 private:
     void buildToolBar();
+    void showContextMenu(const QPoint& pos);
     void updateStatus();
 
     CView1* m_view;

@@ -7,12 +7,17 @@
 #include "browser/ThumbnailCache.h"
 #include "browser/ThumbnailMaker.h"
 #include "browser/ThumbnailWorker.h"
+#include "browser/fileops/DropRules.h"
+#include "browser/fileops/FileListData.h"
+#include "browser/fileops/FileOperations.h"
 #include "platform/CommandIds.h"
 #include "platform/Messages.h"
 #include "platform/PostedMessage.h"
 
 #include <QDir>
 #include <QDrag>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -22,7 +27,7 @@
 #include <QPainter>
 #include <QRandomGenerator>
 #include <QScrollBar>
-#include <QUrl>
+#include <QTimer>
 
 #include <algorithm>
 #include <utility>
@@ -74,8 +79,10 @@ QString fileName(const QString& path) {
 
 CView1::CView1(QString company, QString app, QString programFolder, QWidget* parent)
     : QAbstractScrollArea(parent), m_company(std::move(company)), m_app(std::move(app)),
-      m_programFolder(std::move(programFolder)), m_images(kImageCacheBytes) {
+      m_programFolder(std::move(programFolder)), m_fileOps(new FileOperations(this)),
+      m_images(kImageCacheBytes) {
     setFocusPolicy(Qt::StrongFocus);
+    viewport()->setAcceptDrops(true);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -291,6 +298,10 @@ void CView1::customEvent(QEvent* event) {
         resort();
         return;
     }
+    if (m && m->message() == msg::BROWSER_DEFERRED_DROP) {
+        deferredDrop(*m);
+        return;
+    }
     QAbstractScrollArea::customEvent(event);
 }
 
@@ -459,6 +470,22 @@ bool CView1::onCommand(int id) {
     case cmd::ID_DELETE:
         deleteSelection(QGuiApplication::queryKeyboardModifiers() & Qt::ShiftModifier);
         return true;
+    case cmd::ID_FILES_CUT:
+    case cmd::ID_FILES_COPY: {
+        const std::vector<QString> paths = l.selectedPaths();
+        m_fileOps->putOnClipboard(QStringList(paths.begin(), paths.end()),
+                                  id == cmd::ID_FILES_CUT ? effect::kCut : effect::kCopyAndLink);
+        return true;
+    }
+    case cmd::ID_FILES_PASTE:
+        m_fileOps->paste(l.currentFolder);
+        return true;
+    case cmd::ID_FILES_PASTE_SHORTCUT:
+        m_fileOps->pasteShortcut(l.currentFolder);
+        return true;
+    case cmd::ID_MULTIPAGE_TIFF:
+        multiPageTiff();
+        return true;
     default:
         return false;
     }
@@ -480,7 +507,18 @@ bool CView1::onUpdateCommand(int id, CommandState& state) {
         state.setCheck(largeMode() == (id == cmd::ID_LARGE_ICONS));
         return true;
     case cmd::ID_DELETE:
+    case cmd::ID_FILES_CUT:
+    case cmd::ID_FILES_COPY:
         state.enabled = l.selectedCount() > 0;
+        return true;
+    case cmd::ID_MULTIPAGE_TIFF:
+        state.enabled = l.selectedCount() > 0 && m_fileOps->state() == FileOperations::State::Idle;
+        return true;
+    case cmd::ID_FILES_PASTE:
+        state.enabled = m_fileOps->canPaste(l.currentFolder);
+        return true;
+    case cmd::ID_FILES_PASTE_SHORTCUT:
+        state.enabled = m_fileOps->canPasteShortcut(l.currentFolder);
         return true;
     case cmd::ID_BROWSER_REFRESH:
     case cmd::ID_BROWSER_SORT_CYCLE:
@@ -657,6 +695,17 @@ void CView1::updateBandFrame(const QRect& band) {
 }
 
 void CView1::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::RightButton) {
+        // The context menu acts on what was clicked: an unselected picture becomes the
+        // selection.
+        const int k = GridLayout::hitTest(list(), event->position().toPoint() + scrollOffset());
+        if (k >= 0 && !list().items()[k]->selected()) {
+            clearSelection();
+            list().items()[k]->setSelected(true);
+            updateCell(k);
+            Q_EMIT statusChanged();
+        }
+    }
     if (event->button() != Qt::LeftButton) {
         QAbstractScrollArea::mousePressEvent(event);
         return;
@@ -729,19 +778,80 @@ void CView1::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void CView1::startDrag() {
-    QList<QUrl> urls;
-    for (const QString& path : list().selectedPaths())
-        urls.append(QUrl::fromLocalFile(path));
-    if (urls.isEmpty())
+    const std::vector<QString> paths = list().selectedPaths();
+    if (paths.empty())
         return;
-    auto mime = std::make_unique<QMimeData>();
-    mime->setUrls(urls);
+    // The clipboard's formats, so a file manager takes the drop as it takes a paste.
+    std::unique_ptr<QMimeData> mime =
+        FileListData::encode(QStringList(paths.begin(), paths.end()), effect::kCopyAndLink);
     auto* drag = new QDrag(this); // parented: Qt may still use it while exec() returns
     drag->setMimeData(mime.release());
     m_dragging = true;
     drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction);
     m_dragging = false;
     drag->deleteLater();
+}
+
+std::uint32_t CView1::dragOverEffect(const QDropEvent* event) const {
+    return DropRules::dragOverEffect(!list().currentFolder.isEmpty(),
+                                     FileListData::offersFiles(event->mimeData()), m_dragging,
+                                     DropRules::keyState(event->modifiers()));
+}
+
+void CView1::dragEnterEvent(QDragEnterEvent* event) {
+    dragMoveEvent(event);
+}
+
+void CView1::dragMoveEvent(QDragMoveEvent* event) {
+    const std::uint32_t e = dragOverEffect(event);
+    if (e == effect::kNone) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(DropRules::action(e));
+    event->accept();
+}
+
+void CView1::dropEvent(QDropEvent* event) {
+    const std::uint32_t e = dragOverEffect(event);
+    if (e == effect::kNone) {
+        event->ignore();
+        return;
+    }
+    DropRequest request;
+    request.folder = list().currentFolder;
+    request.files = FileListData::decode(event->mimeData());
+    request.effect = e;
+    event->setDropAction(DropRules::action(e));
+    event->accept();
+    postDrop(std::move(request));
+}
+
+void CView1::postDrop(DropRequest request) {
+    postMessage(this, msg::BROWSER_DEFERRED_DROP, 0, static_cast<qintptr>(request.effect),
+                makePayload(std::move(request)));
+}
+
+void CView1::deferredDrop(PostedMessage& message) {
+    // A drop from this view arrives while its drag loop still runs: wait for it to end.
+    if (m_dragging) {
+        std::unique_ptr<DropRequest> request = message.takePayload<DropRequest>();
+        if (request)
+            QTimer::singleShot(50, this,
+                               [this, r = *request]() mutable { postDrop(std::move(r)); });
+        return;
+    }
+    if (const DropRequest* request = message.payload<DropRequest>())
+        m_fileOps->drop(*request);
+}
+
+void CView1::multiPageTiff() {
+    std::vector<TiffJoiner::Source> sources;
+    for (const auto& item : list().items()) {
+        if (item->selected())
+            sources.push_back({fileName(item->path), item->imagePath()});
+    }
+    m_fileOps->multiPageTiff(std::move(sources));
 }
 
 void CView1::mouseDoubleClickEvent(QMouseEvent* event) {

@@ -9,6 +9,7 @@
 #include <QCache>
 #include <QImage>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -18,7 +19,10 @@ namespace lanmira {
 
 class BrowserList;
 class BrowserSettings;
+class FileOperations;
+struct DropRequest;
 class ThumbnailCache;
+class PostedMessage;
 class ThumbnailWorker;
 struct BrowserItem;
 
@@ -52,6 +56,10 @@ public:
 
     // A drag that started in this view is in progress.
     bool dragging() const { return m_dragging; }
+    FileOperations& fileOperations() const { return *m_fileOps; }
+    // Hands a drop to the deferred handler, which runs once the drag has ended (the folder
+    // pane's drops come this way too).
+    void postDrop(DropRequest request);
     int columns() const { return m_columns; }
 
 Q_SIGNALS:
@@ -68,6 +76,9 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
     void customEvent(QEvent* event) override;
 
@@ -106,12 +117,16 @@ private:
     void updateBandFrame(const QRect& band);
     void dragBand(QPoint documentPoint, bool adding);
     void startDrag();
+    std::uint32_t dragOverEffect(const QDropEvent* event) const;
+    void deferredDrop(PostedMessage& message);
+    void multiPageTiff();
 
     QString m_company;
     QString m_app;
     QString m_programFolder;
     OpenImage m_openImage;
     ReceiverRegistration m_registration{this};
+    FileOperations* m_fileOps; // owned as a child
     std::unique_ptr<ThumbnailCache> m_cache;
     std::unique_ptr<ThumbnailWorker> m_worker;
     bool m_initialised = false;
