@@ -401,6 +401,80 @@ Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</transl
         <source>ids_lanmira_pagefail2</source>
         <translation>%s konnte nicht geöffnet werden.
 Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</translation>
+        <source>ids_calvora_camerapane_resolution</source>
+        <translation>Vorschau und Auflösung</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_exposureandgain</source>
+        <translation>Belichtung und Verstärkung</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_white</source>
+        <translation>Weißabgleich</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_coloradjust</source>
+        <translation>Farbanpassung</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_power</source>
+        <translation>Lichtquelle</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_framerate</source>
+        <translation>Geschwindigkeit</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_color</source>
+        <translation>Farbe / Grau</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_flip</source>
+        <translation>Spiegeln</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_sampling</source>
+        <translation>Abtastung</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_histogram</source>
+        <translation>Histogramm</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_range</source>
+        <translation>Bereich:</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_timeempty</source>
+        <translation>Bitte geben Sie eine Belichtungszeit ein.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_timeinvalid</source>
+        <translation>Die Belichtungszeit ist keine gültige Zahl.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_timeinoutofrange</source>
+        <translation>Die Belichtungszeit liegt außerhalb des Bereichs, den die Kamera unterstützt.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_gray</source>
+        <translation>Grau</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_blue</source>
+        <translation>Blau</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_green</source>
+        <translation>Grün</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_red</source>
+        <translation>Rot</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_rgb</source>
+        <translation>RGB</translation>
     </message>
 </context>
 <context>
@@ -901,6 +975,191 @@ Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</transl
     <message>
         <source>2</source>
         <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAPREVIEW</name>
+    <message>
+        <source>1063</source>
+        <translation>Foto</translation>
+    </message>
+    <message>
+        <source>3259</source>
+        <translation>Aufnahme</translation>
+    </message>
+    <message>
+        <source>4001</source>
+        <translation>Auflösung:</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAEXPOSURE</name>
+    <message>
+        <source>1117</source>
+        <translation>Automatische Belichtung</translation>
+    </message>
+    <message>
+        <source>4001</source>
+        <translation>Zielhelligkeit:</translation>
+    </message>
+    <message>
+        <source>4002</source>
+        <translation>Belichtungszeit:</translation>
+    </message>
+    <message>
+        <source>4003</source>
+        <translation>Verstärkung:</translation>
+    </message>
+    <message>
+        <source>1124</source>
+        <translation>Standardwerte</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_EXPOSURETIME</name>
+    <message>
+        <source>0</source>
+        <translation>Belichtungszeit</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>4001</source>
+        <translation>ms</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAWB</name>
+    <message>
+        <source>1112</source>
+        <translation>Farbtemperatur:</translation>
+    </message>
+    <message>
+        <source>1114</source>
+        <translation>Tönung:</translation>
+    </message>
+    <message>
+        <source>1059</source>
+        <translation>Schieben Sie den Messbereich (rotes Rechteck) auf ein rein weißes oder graues Objekt und klicken Sie auf „Weißabgleich“, um den Weißabgleich für das weitere Video festzulegen.</translation>
+    </message>
+    <message>
+        <source>1110</source>
+        <translation>Weißabgleich</translation>
+    </message>
+    <message>
+        <source>1111</source>
+        <translation>Standardwerte</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAHSB</name>
+    <message>
+        <source>4001</source>
+        <translation>Farbton:</translation>
+    </message>
+    <message>
+        <source>4002</source>
+        <translation>Sättigung:</translation>
+    </message>
+    <message>
+        <source>4003</source>
+        <translation>Helligkeit:</translation>
+    </message>
+    <message>
+        <source>4004</source>
+        <translation>Kontrast:</translation>
+    </message>
+    <message>
+        <source>4005</source>
+        <translation>Gamma:</translation>
+    </message>
+    <message>
+        <source>1128</source>
+        <translation>Standardwerte</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERALS</name>
+    <message>
+        <source>1141</source>
+        <translation>Wechselstrom (50 Hz)</translation>
+    </message>
+    <message>
+        <source>1142</source>
+        <translation>Wechselstrom (60 Hz)</translation>
+    </message>
+    <message>
+        <source>1143</source>
+        <translation>Gleichstrom</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERASPEED</name>
+    <message>
+        <source>4001</source>
+        <translation>Niedrig</translation>
+    </message>
+    <message>
+        <source>1101</source>
+        <translation>Hoch</translation>
+    </message>
+    <message>
+        <source>3256</source>
+        <translation>Schieben Sie den Regler nach rechts, damit die Kamera das Live-Video mit der höchsten Bildrate zeigt, die der USB-Hub des Computers unterstützt. Wenn kein Live-Video erscheint, schieben Sie den Regler nach links, um die Bildrate zu verringern.</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAMODE</name>
+    <message>
+        <source>1144</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>1145</source>
+        <translation>Grau</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAFLIP</name>
+    <message>
+        <source>1148</source>
+        <translation>Horizontal</translation>
+    </message>
+    <message>
+        <source>1149</source>
+        <translation>Vertikal</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERASAMPLE</name>
+    <message>
+        <source>1146</source>
+        <translation>Zusammenfassen (Binning)</translation>
+    </message>
+    <message>
+        <source>1147</source>
+        <translation>Überspringen</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAHISTOGRAM</name>
+    <message>
+        <source>1103</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>1104</source>
+        <translation>Standardwerte</translation>
+    </message>
+    <message>
+        <source>1105</source>
+        <translation>Automatisch</translation>
     </message>
 </context>
 </TS>

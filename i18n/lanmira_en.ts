@@ -401,6 +401,80 @@ Click OK to go on, or Cancel to stop.</translation>
         <source>ids_lanmira_pagefail2</source>
         <translation>%s could not be opened.
 Click OK to go on, or Cancel to stop.</translation>
+        <source>ids_calvora_camerapane_resolution</source>
+        <translation>Preview and Resolution</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_exposureandgain</source>
+        <translation>Exposure and Gain</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_white</source>
+        <translation>White Balance</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_coloradjust</source>
+        <translation>Color Adjustment</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_power</source>
+        <translation>Light Source</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_framerate</source>
+        <translation>Speed</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_color</source>
+        <translation>Color / Gray</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_flip</source>
+        <translation>Flip</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_sampling</source>
+        <translation>Sampling</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_histogram</source>
+        <translation>Histogram</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_range</source>
+        <translation>Range:</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_timeempty</source>
+        <translation>Please enter an exposure time.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_timeinvalid</source>
+        <translation>The exposure time is not a valid number.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_timeinoutofrange</source>
+        <translation>The exposure time is outside the range the camera supports.</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_gray</source>
+        <translation>Gray</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_blue</source>
+        <translation>Blue</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_green</source>
+        <translation>Green</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_red</source>
+        <translation>Red</translation>
+    </message>
+    <message>
+        <source>ids_calvora_camerapane_rgb</source>
+        <translation>RGB</translation>
     </message>
 </context>
 <context>
@@ -901,6 +975,191 @@ Click OK to go on, or Cancel to stop.</translation>
     <message>
         <source>2</source>
         <translation>Cancel</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAPREVIEW</name>
+    <message>
+        <source>1063</source>
+        <translation>Snap</translation>
+    </message>
+    <message>
+        <source>3259</source>
+        <translation>Record</translation>
+    </message>
+    <message>
+        <source>4001</source>
+        <translation>Resolution:</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAEXPOSURE</name>
+    <message>
+        <source>1117</source>
+        <translation>Auto Exposure</translation>
+    </message>
+    <message>
+        <source>4001</source>
+        <translation>Exposure Target:</translation>
+    </message>
+    <message>
+        <source>4002</source>
+        <translation>Exposure Time:</translation>
+    </message>
+    <message>
+        <source>4003</source>
+        <translation>Gain:</translation>
+    </message>
+    <message>
+        <source>1124</source>
+        <translation>Defaults</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_EXPOSURETIME</name>
+    <message>
+        <source>0</source>
+        <translation>Exposure Time</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>4001</source>
+        <translation>ms</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAWB</name>
+    <message>
+        <source>1112</source>
+        <translation>Temperature:</translation>
+    </message>
+    <message>
+        <source>1114</source>
+        <translation>Tint:</translation>
+    </message>
+    <message>
+        <source>1059</source>
+        <translation>Move the ROI (Marked by a red rectangle) to a pure white or gray object and click "White Balance" to establish the white balance for future video.</translation>
+    </message>
+    <message>
+        <source>1110</source>
+        <translation>White Balance</translation>
+    </message>
+    <message>
+        <source>1111</source>
+        <translation>Defaults</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAHSB</name>
+    <message>
+        <source>4001</source>
+        <translation>Hue:</translation>
+    </message>
+    <message>
+        <source>4002</source>
+        <translation>Saturation:</translation>
+    </message>
+    <message>
+        <source>4003</source>
+        <translation>Brightness:</translation>
+    </message>
+    <message>
+        <source>4004</source>
+        <translation>Contrast:</translation>
+    </message>
+    <message>
+        <source>4005</source>
+        <translation>Gamma:</translation>
+    </message>
+    <message>
+        <source>1128</source>
+        <translation>Defaults</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERALS</name>
+    <message>
+        <source>1141</source>
+        <translation>AC (50 Hz)</translation>
+    </message>
+    <message>
+        <source>1142</source>
+        <translation>AC (60 Hz)</translation>
+    </message>
+    <message>
+        <source>1143</source>
+        <translation>DC</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERASPEED</name>
+    <message>
+        <source>4001</source>
+        <translation>Low</translation>
+    </message>
+    <message>
+        <source>1101</source>
+        <translation>High</translation>
+    </message>
+    <message>
+        <source>3256</source>
+        <translation>Move the slider to the right to ensure that the camera plays live video at the fastest frame rate that the computer USB hub supports. If live video fails to display, move the slider to the left to decrease the frame rate.</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAMODE</name>
+    <message>
+        <source>1144</source>
+        <translation>Color</translation>
+    </message>
+    <message>
+        <source>1145</source>
+        <translation>Gray</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAFLIP</name>
+    <message>
+        <source>1148</source>
+        <translation>Horizontal</translation>
+    </message>
+    <message>
+        <source>1149</source>
+        <translation>Vertical</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERASAMPLE</name>
+    <message>
+        <source>1146</source>
+        <translation>Bin</translation>
+    </message>
+    <message>
+        <source>1147</source>
+        <translation>Skip</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_CAMERAHISTOGRAM</name>
+    <message>
+        <source>1103</source>
+        <translation>Refresh</translation>
+    </message>
+    <message>
+        <source>1104</source>
+        <translation>Defaults</translation>
+    </message>
+    <message>
+        <source>1105</source>
+        <translation>Auto</translation>
     </message>
 </context>
 </TS>

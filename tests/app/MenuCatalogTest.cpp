@@ -3,6 +3,17 @@
 #include "browser/CMainFrame1.h"
 #include "camera/dialogs/CAutoDlg.h"
 #include "camera/frame/CVideoFrame.h"
+#include "camera/panels/CCameraExposureDlg.h"
+#include "camera/panels/CCameraFlipDlg.h"
+#include "camera/panels/CCameraHSBDlg.h"
+#include "camera/panels/CCameraHistogramDlg.h"
+#include "camera/panels/CCameraLsDlg.h"
+#include "camera/panels/CCameraModeDlg.h"
+#include "camera/panels/CCameraPreviewDlg.h"
+#include "camera/panels/CCameraSampleDlg.h"
+#include "camera/panels/CCameraSpeedDlg.h"
+#include "camera/panels/CCameraWBDlg.h"
+#include "camera/panels/CExposureTimeDlg.h"
 #include "i18n/i18n.h"
 #include "platform/CImageOptionsDlg.h"
 #include "platform/MenuResource.h"
@@ -44,7 +55,18 @@ TEST(MenuCatalog, EveryMenuEntryAndDialogControlHasAnEnglishText) {
         {CAutoDlg::dialogName(), CAutoDlg::controlIds()},
         {CImageOptionsDlg::dialogName(), CImageOptionsDlg::controlIds()},
         {CSlideDlg::dialogName(), CSlideDlg::controlIds()},
-        {CZoomCustomDlg::dialogName(), CZoomCustomDlg::controlIds()}};
+        {CZoomCustomDlg::dialogName(), CZoomCustomDlg::controlIds()},
+        {CCameraPreviewDlg::dialogName(), CCameraPreviewDlg::controlIds()},
+        {CCameraExposureDlg::dialogName(), CCameraExposureDlg::controlIds()},
+        {CExposureTimeDlg::dialogName(), CExposureTimeDlg::controlIds()},
+        {CCameraWBDlg::dialogName(), CCameraWBDlg::controlIds()},
+        {CCameraHSBDlg::dialogName(), CCameraHSBDlg::controlIds()},
+        {CCameraLsDlg::dialogName(), CCameraLsDlg::controlIds()},
+        {CCameraSpeedDlg::dialogName(), CCameraSpeedDlg::controlIds()},
+        {CCameraModeDlg::dialogName(), CCameraModeDlg::controlIds()},
+        {CCameraFlipDlg::dialogName(), CCameraFlipDlg::controlIds()},
+        {CCameraSampleDlg::dialogName(), CCameraSampleDlg::controlIds()},
+        {CCameraHistogramDlg::dialogName(), CCameraHistogramDlg::controlIds()}};
     for (const auto& [dialog, ids] : dialogs)
         for (int id : ids)
             if (!i18n_hasEnglish(dialog, std::to_string(id).c_str()))

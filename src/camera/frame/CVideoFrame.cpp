@@ -6,6 +6,7 @@
 #include "camera/frame/CaptureNamer.h"
 #include "camera/frame/CaptureWriter.h"
 #include "camera/frame/VideoFrameHost.h"
+#include "camera/pane/CCameraPane.h"
 #include "camera/view/CVideoView.h"
 #include "dscap/ICameraControl.h"
 #include "i18n/i18n.h"
@@ -88,6 +89,15 @@ CVideoFrame::CVideoFrame(VideoFrameHost& host, CameraRecord camera)
     connect(&m_frameRateTimer, &QTimer::timeout, this, &CVideoFrame::updateFrameRate);
 
     connect(m_writer, &CaptureWriter::failed, this, &CVideoFrame::saveFailed);
+    VideoFrameHost* settings = &this->host();
+    setPane(new CCameraPane(
+        this,
+        [settings](const QString& key, int def) {
+            return settings->readSetting(QStringLiteral("CameraPane"), key, def);
+        },
+        [settings](const QString& key, int value) {
+            settings->writeSetting(QStringLiteral("CameraPane"), key, value);
+        }));
     resize(1024, 720);
 }
 

@@ -42,6 +42,7 @@ public:
 
     static const MenuResource& menuResource();
 
+    VideoFrameHost& host() { return m_host; }
     CameraSession& session() { return m_session; }
     const CameraSession& session() const { return m_session; }
     CVideoView* view() const { return m_view; }
