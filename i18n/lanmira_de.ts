@@ -401,6 +401,8 @@ Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</transl
         <source>ids_lanmira_pagefail2</source>
         <translation>%s konnte nicht geöffnet werden.
 Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</translation>
+    </message>
+    <message>
         <source>ids_calvora_camerapane_resolution</source>
         <translation>Vorschau und Auflösung</translation>
     </message>

@@ -401,6 +401,8 @@ Click OK to go on, or Cancel to stop.</translation>
         <source>ids_lanmira_pagefail2</source>
         <translation>%s could not be opened.
 Click OK to go on, or Cancel to stop.</translation>
+    </message>
+    <message>
         <source>ids_calvora_camerapane_resolution</source>
         <translation>Preview and Resolution</translation>
     </message>
