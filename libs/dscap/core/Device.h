@@ -22,21 +22,41 @@
 namespace dscap {
 
 class CameraControl;
+class RecordingFinisher;
 class VideoRecorder;
 
-// What a device needs from the library: where to post, what to post, where settings live.
+// What a device needs from the library: where to post, what to post, where settings live,
+// who finishes its recordings.
 struct DeviceContext {
     dscap_messages messages{};
     dscap_hooks hooks{};
     std::shared_ptr<const CameraSettings> settings;
+    std::shared_ptr<RecordingFinisher> finisher; // none: recordings are finished in place
 };
 
-// One opened camera: its state (opened, previewing, recording, closed), its capture
-// thread, the newest processed frame, the recorder and the values of the control interface.
-// Every public call is safe in any state; calls in the wrong state fail.
+// One opened camera: its state, its capture thread, the newest processed frame, the
+// recorder and the values of the control interface. Every public call is safe in any
+// state; calls in the wrong state fail.
+//
+// State changes, all made by setState, which refuses any other:
+//
+//   from         to          by
+//   Opened       Previewing  start()
+//   Previewing   Recording   startRecording(), once the file is open
+//   Recording    Previewing  stopRecording(), or a write error (capture thread)
+//   Previewing   Lost        the camera went away or its stream failed (capture thread)
+//   Recording    Lost        the same; the recording is finished
+//   Opened,
+//   Previewing,
+//   Recording,
+//   Lost         Closed      stop(); final
+//
+// A recording leaving Recording is finished in the background (the file's end written);
+// that is no state of the device, which may go on previewing, record again (after waiting
+// for the file) or close meanwhile.
 class Device : public std::enable_shared_from_this<Device> {
 public:
-    enum class State { Opened, Previewing, Closed };
+    enum class State { Opened, Previewing, Recording, Lost, Closed };
 
     Device(dscap_handle handle, CameraInfo info, std::unique_ptr<CameraSource> source,
            void* frameWindow, void* viewWindow, DeviceContext context);
@@ -49,8 +69,10 @@ public:
     std::shared_ptr<CameraControl> controlObject() const;
 
     bool start();
-    // Stops recording and preview, keeps the settings; the device is closed for good.
+    // Stops recording and preview, keeps the settings; the device is closed for good. A
+    // recording is handed over to be finished and not waited for.
     void stop();
+    State state() const;
 
     bool previewing() const;
     bool recording() const;
@@ -62,7 +84,11 @@ public:
     int notify();
     void frameRates(double& camera, double& shown);
     bool setResolution(int index);
+    // Asks for the file through the hook and records to it. Refuses when the device stopped
+    // previewing while the hook ran, without touching a file that was there before.
     bool startRecording();
+    // Ends the recording at once (recording() is false on return); the file is finished in
+    // the background and the "recording stopped" message is posted when it is complete.
     bool stopRecording();
     std::vector<Resolution> resolutions() const { return resolutions_; }
     std::string lastError() const;
@@ -74,7 +100,9 @@ public:
     // Runs change(values) under the lock; a change that returns a negative status is
     // dropped, any other is applied to the camera.
     template <typename F> std::int32_t change(F&& change);
-    std::uint32_t realExposureTime();
+    // The exposure time in force for the current settings, from what is already known:
+    // the camera's report once the settings reached it, else the source's prediction.
+    std::uint32_t realExposureTime() const;
     const Histogram* lastHistogram(Histogram& copy) const;
     std::int32_t startWhiteBalance(DSCAP_WHITEBALANCE_CALLBACK cb, void* ctx);
     void setHistogramCallback(DSCAP_HISTOGRAM_CALLBACK cb, void* ctx);
@@ -102,7 +130,11 @@ private:
         void* whiteBalanceContext = nullptr;
     };
 
-    void run();
+    // Under mutex_: moves to `to` when the table above allows it.
+    bool setState(State to);
+    bool live() const { return state_ == State::Previewing || state_ == State::Recording; }
+    // The capture thread, its stream started at the resolution of that index.
+    void run(int streaming);
     // Runs the task with the source to itself; false when the device is gone or the
     // capture thread did not get to it in time.
     bool withSource(const std::function<void(CameraSource&)>& task);
@@ -112,7 +144,9 @@ private:
     void whiteBalanceStep(const SourceFrame& frame);
     void deliverHistogram(const Histogram& histogram);
     void recordFrame(const Image& picture, std::int64_t timestampNs);
-    void finishRecording(bool failed, const std::string& error);
+    // Finishes the file in the background, then posts "recording stopped" and the event
+    // (when not 0) to the frame.
+    void finishRecording(std::unique_ptr<VideoRecorder> recorder, int event);
     void lose(int event, const std::string& error);
     void post(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) const;
     SensorSettings sensorSettings(const ControlValues& v) const;
@@ -136,24 +170,21 @@ private:
     ControlValues values_;
     std::uint64_t version_ = 1; // bumped by every change of values_
     std::uint64_t appliedVersion_ = 0;
-    bool restart_ = false; // the capture thread is to reopen the stream (new resolution)
-    bool whiteBalancePending_ = false;
+    bool whiteBalancePending_ = false; // only while live(); setState clears it
     int whiteBalanceRounds_ = 0;
-    bool lost_ = false;
     std::string error_;
     Histogram lastHistogram_;
     bool hasHistogram_ = false;
-    std::condition_variable applied_;
     std::deque<std::shared_ptr<struct SourceTask>> tasks_; // for the capture thread
 
     std::recursive_mutex callbackMutex_; // callbacks run under it, so removal is final
     Callbacks callbacks_;
 
+    // Taken before mutex_ when both are needed. Guards recorder_, which is set exactly while
+    // the state is Recording.
     std::mutex recordMutex_;
     std::unique_ptr<VideoRecorder> recorder_;
-    std::atomic<bool> recording_{false};
 
-    std::atomic<bool> stopRequested_{false};
     std::atomic<bool> notifyPending_{false};
     std::atomic<std::uint32_t> realExposure_{0};
     std::atomic<int> frameWidth_{0};
@@ -170,7 +201,7 @@ private:
 
 template <typename F> std::int32_t Device::change(F&& change) {
     std::unique_lock lock(mutex_);
-    if (state_ == State::Closed || lost_)
+    if (state_ == State::Closed || state_ == State::Lost)
         return ICameraControl::kNotAvailable;
     ControlValues next = values_;
     const std::int32_t status = change(next);

@@ -3,6 +3,7 @@
 #include "dscap/core/CameraControl.h"
 #include "dscap/core/DemoProvider.h"
 #include "dscap/core/Device.h"
+#include "dscap/core/RecordingFinisher.h"
 #include "dscap/v4l2/V4l2Provider.h"
 #include "settings/RegistryKey.h"
 
@@ -11,6 +12,12 @@ namespace dscap {
 Library& Library::instance() {
     static Library library;
     return library;
+}
+
+Library::Library() : finisher_(std::make_shared<RecordingFinisher>()) {}
+
+Library::~Library() {
+    finisher_->silence();
 }
 
 void Library::init(const std::string& configHome, const std::string& company,
@@ -80,7 +87,7 @@ dscap_handle Library::open(const std::string& id, void* frameWindow, void* viewW
     }
     if (!source)
         return nullptr;
-    DeviceContext context{messages_, hooks_, settings_};
+    DeviceContext context{messages_, hooks_, settings_, finisher_};
     const std::uintptr_t handle = nextHandle_++;
     auto device =
         std::make_shared<Device>(reinterpret_cast<dscap_handle>(handle), info, std::move(source),

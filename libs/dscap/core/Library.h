@@ -15,12 +15,15 @@ namespace dscap {
 
 class CameraControl;
 class Device;
+class RecordingFinisher;
 
 // The library's process-wide state: what dscap_init gave, the camera families, and the
 // open devices by handle. Handles are never reused, so a stale one finds nothing.
 class Library {
 public:
     static Library& instance();
+    // At process exit: recordings still being finished are completed, without messages.
+    ~Library();
 
     void init(const std::string& configHome, const std::string& company, const std::string& app,
               const dscap_messages& messages);
@@ -37,9 +40,11 @@ public:
     void setProviders(std::vector<std::unique_ptr<CameraProvider>> providers);
 
 private:
-    Library() = default;
+    Library();
     void ensureProviders(); // under mutex_
 
+    // Declared first so that it goes last, after every device has handed over its recording.
+    const std::shared_ptr<RecordingFinisher> finisher_;
     mutable std::mutex mutex_;
     dscap_messages messages_{};
     dscap_hooks hooks_{};

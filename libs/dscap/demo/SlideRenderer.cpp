@@ -231,7 +231,7 @@ SlideRenderer::SlideRenderer(const Options& options)
       layout_(SlideLayout::generate(options.width + 2 * Slide::kMargin,
                                     options.height + 2 * Slide::kMargin, options.seed)) {}
 
-std::unique_ptr<Slide> SlideRenderer::render() const {
+std::unique_ptr<Slide> SlideRenderer::render(const std::atomic<bool>* cancel) const {
     auto slide = std::make_unique<Slide>();
     const int channels = options_.colour ? 3 : 1;
     const int width = layout_.width, height = layout_.height;
@@ -262,6 +262,8 @@ std::unique_ptr<Slide> SlideRenderer::render() const {
 
     Band band(width, layout_.fieldWidth);
     for (int top = 0; top < height; top += kBandRows) {
+        if (cancel && cancel->load(std::memory_order_relaxed))
+            return nullptr;
         band.reset(top, std::min(kBandRows, height - top));
         for (const Cell& cell : layout_.cells)
             paintCell(band, cell);
