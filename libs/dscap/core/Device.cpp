@@ -1,7 +1,7 @@
 #include "dscap/core/Device.h"
 
+#include "dscap/core/BackgroundJobs.h"
 #include "dscap/core/CameraControl.h"
-#include "dscap/core/RecordingFinisher.h"
 #include "dscap/processing/AutoExposure.h"
 #include "dscap/processing/ColourTemperature.h"
 #include "dscap/processing/FrameProcessor.h"
@@ -209,7 +209,10 @@ void Device::setError(const std::string& error) {
 
 void Device::post(void* window, unsigned message, std::uintptr_t wParam,
                   std::intptr_t lParam) const {
-    if (context_.hooks.post && message != 0)
+    if (!context_.hooks.post || message == 0)
+        return;
+    std::lock_guard lock(callbackMutex_);
+    if (!quiet_)
         context_.hooks.post(window, message, wParam, lParam);
 }
 
@@ -245,7 +248,7 @@ bool Device::start() {
     return true;
 }
 
-void Device::stop() {
+void Device::close() {
     std::unique_ptr<VideoRecorder> recorder;
     {
         std::scoped_lock lock(recordMutex_, mutex_);
@@ -253,15 +256,34 @@ void Device::stop() {
             return;
         recorder = std::move(recorder_);
     }
-    // The thread ends at its next look at the state: within a read timeout and a frame.
-    if (thread_.joinable())
-        thread_.join();
+    {
+        // Waits for a callback or post under way; none starts after.
+        std::lock_guard lock(callbackMutex_);
+        callbacks_ = {};
+        quiet_ = true;
+    }
     if (recorder)
         finishRecording(std::move(recorder), 0);
-    source_->stop();
-    saveSettings();
-    std::lock_guard lock(callbackMutex_);
-    callbacks_ = {};
+}
+
+void Device::release() {
+    std::call_once(releaseOnce_, [&] {
+        // The thread ends at its next look at the state: within a read timeout and a frame.
+        if (thread_.joinable())
+            thread_.join();
+        source_->stop();
+        saveSettings();
+        releasedPromise_.set_value();
+    });
+}
+
+void Device::waitReleased() const {
+    released_.wait();
+}
+
+void Device::stop() {
+    close();
+    release();
 }
 
 void Device::saveSettings() {
@@ -595,8 +617,10 @@ void Device::finishRecording(std::unique_ptr<VideoRecorder> recorder, int event)
         if (event != 0 && eventMessage != 0)
             post(frame, eventMessage, static_cast<std::uintptr_t>(event), 0);
     };
-    if (context_.finisher) {
-        context_.finisher->finish(std::move(recorder), std::move(done));
+    if (context_.jobs) {
+        context_.jobs->run(
+            [file = std::shared_ptr<VideoRecorder>(std::move(recorder))] { file->close(); },
+            std::move(done));
     } else {
         recorder->close();
         done();
@@ -818,8 +842,8 @@ bool Device::startRecording() {
     }
     const int width = frameWidth_, height = frameHeight_;
     // A file still being finished may be the one chosen again.
-    if (context_.finisher)
-        context_.finisher->waitAll();
+    if (context_.jobs)
+        context_.jobs->waitAll();
 
     VideoRecorder::Options options;
     options.path = path;

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -21,8 +22,8 @@
 
 namespace dscap {
 
+class BackgroundJobs;
 class CameraControl;
-class RecordingFinisher;
 class VideoRecorder;
 
 // What a device needs from the library: where to post, what to post, where settings live,
@@ -31,7 +32,7 @@ struct DeviceContext {
     dscap_messages messages{};
     dscap_hooks hooks{};
     std::shared_ptr<const CameraSettings> settings;
-    std::shared_ptr<RecordingFinisher> finisher; // none: recordings are finished in place
+    std::shared_ptr<BackgroundJobs> jobs; // none: recordings are finished in place
 };
 
 // One opened camera: its state, its capture thread, the newest processed frame, the
@@ -69,10 +70,18 @@ public:
     std::shared_ptr<CameraControl> controlObject() const;
 
     bool start();
-    // Stops recording and preview, keeps the settings; the device is closed for good. A
-    // recording is handed over to be finished and not waited for.
+    // Closes the device for good at once: no callback and no message (but the end of a
+    // recording, see stopRecording) comes after it returns. The capture thread ends by itself
+    // within a frame; release() waits for that.
+    void close();
+    // After close(): waits for the capture thread, stops the stream and keeps the settings.
+    // Once only; waitReleased() returns after it.
+    void release();
+    void waitReleased() const;
+    // close() and release().
     void stop();
     State state() const;
+    const std::string& id() const { return info_.id; }
 
     bool previewing() const;
     bool recording() const;
@@ -145,7 +154,7 @@ private:
     void deliverHistogram(const Histogram& histogram);
     void recordFrame(const Image& picture, std::int64_t timestampNs);
     // Finishes the file in the background, then posts "recording stopped" and the event
-    // (when not 0) to the frame.
+    // (when not 0) to the frame, even when the device has been closed meanwhile.
     void finishRecording(std::unique_ptr<VideoRecorder> recorder, int event);
     void lose(int event, const std::string& error);
     void post(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) const;
@@ -177,8 +186,10 @@ private:
     bool hasHistogram_ = false;
     std::deque<std::shared_ptr<struct SourceTask>> tasks_; // for the capture thread
 
-    std::recursive_mutex callbackMutex_; // callbacks run under it, so removal is final
+    // Callbacks and posts run under it, so removal is final.
+    mutable std::recursive_mutex callbackMutex_;
     Callbacks callbacks_;
+    bool quiet_ = false; // closed: nothing more is posted
 
     // Taken before mutex_ when both are needed. Guards recorder_, which is set exactly while
     // the state is Recording.
@@ -197,6 +208,9 @@ private:
     FrameRateMeter cameraRate_;
     FrameRateMeter shownRate_;
     std::thread thread_;
+    std::once_flag releaseOnce_;
+    std::promise<void> releasedPromise_;
+    std::shared_future<void> released_ = releasedPromise_.get_future().share();
 };
 
 template <typename F> std::int32_t Device::change(F&& change) {

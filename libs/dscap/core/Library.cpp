@@ -1,9 +1,9 @@
 #include "dscap/core/Library.h"
 
+#include "dscap/core/BackgroundJobs.h"
 #include "dscap/core/CameraControl.h"
 #include "dscap/core/DemoProvider.h"
 #include "dscap/core/Device.h"
-#include "dscap/core/RecordingFinisher.h"
 #include "dscap/v4l2/V4l2Provider.h"
 #include "settings/RegistryKey.h"
 
@@ -14,10 +14,10 @@ Library& Library::instance() {
     return library;
 }
 
-Library::Library() : finisher_(std::make_shared<RecordingFinisher>()) {}
+Library::Library() : jobs_(std::make_shared<BackgroundJobs>()) {}
 
 Library::~Library() {
-    finisher_->silence();
+    jobs_->silence();
 }
 
 void Library::init(const std::string& configHome, const std::string& company,
@@ -78,6 +78,13 @@ dscap_handle Library::open(const std::string& id, void* frameWindow, void* viewW
         candidates.push_back(it->second);
     for (const auto& provider : providers_)
         candidates.push_back(provider.get());
+    // The same camera just closed: its stream and settings must be let go of first.
+    std::erase_if(releasing_, [&](const std::weak_ptr<Device>& weak) {
+        const std::shared_ptr<Device> device = weak.lock();
+        if (device && device->id() == id)
+            device->waitReleased();
+        return !device || device->id() == id;
+    });
     std::string error;
     std::unique_ptr<CameraSource> source;
     CameraInfo info{id, {}, 0};
@@ -87,7 +94,7 @@ dscap_handle Library::open(const std::string& id, void* frameWindow, void* viewW
     }
     if (!source)
         return nullptr;
-    DeviceContext context{messages_, hooks_, settings_, finisher_};
+    DeviceContext context{messages_, hooks_, settings_, jobs_};
     const std::uintptr_t handle = nextHandle_++;
     auto device =
         std::make_shared<Device>(reinterpret_cast<dscap_handle>(handle), info, std::move(source),
@@ -112,11 +119,18 @@ bool Library::close(dscap_handle handle) {
         device = std::move(it->second);
         devices_.erase(it);
     }
-    device->stop();
-    if (auto control = device->controlObject()) {
+    device->close();
+    {
         std::lock_guard lock(mutex_);
-        retired_.push_back(std::move(control));
+        if (auto control = device->controlObject())
+            retired_.push_back(std::move(control));
+        releasing_.push_back(device);
     }
+    // The job holds the last reference, so the device also goes on that thread.
+    jobs_->run([device = std::move(device)]() mutable {
+        device->release();
+        device.reset();
+    });
     return true;
 }
 

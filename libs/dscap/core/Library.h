@@ -15,7 +15,7 @@ namespace dscap {
 
 class CameraControl;
 class Device;
-class RecordingFinisher;
+class BackgroundJobs;
 
 // The library's process-wide state: what dscap_init gave, the camera families, and the
 // open devices by handle. Handles are never reused, so a stale one finds nothing.
@@ -32,7 +32,8 @@ public:
     std::vector<CameraInfo> enumerate();
     dscap_handle open(const std::string& id, void* frameWindow, void* viewWindow);
     std::shared_ptr<Device> find(dscap_handle handle);
-    // Stops and forgets the device; its control interface stays valid (and fails).
+    // Closes and forgets the device at once and releases it in the background; its control
+    // interface stays valid (and fails).
     bool close(dscap_handle handle);
     dscap_messages messages() const;
 
@@ -43,8 +44,8 @@ private:
     Library();
     void ensureProviders(); // under mutex_
 
-    // Declared first so that it goes last, after every device has handed over its recording.
-    const std::shared_ptr<RecordingFinisher> finisher_;
+    // Declared first so that it goes last, after every device has handed over its work.
+    const std::shared_ptr<BackgroundJobs> jobs_;
     mutable std::mutex mutex_;
     dscap_messages messages_{};
     dscap_hooks hooks_{};
@@ -56,6 +57,8 @@ private:
     std::uintptr_t nextHandle_ = 1;
     // Interfaces of closed devices, kept so that a stale pointer still answers (with failure).
     std::vector<std::shared_ptr<CameraControl>> retired_;
+    // Devices closed and still being released: a camera opens again only once it is.
+    std::vector<std::weak_ptr<Device>> releasing_;
 };
 
 } // namespace dscap

@@ -16,6 +16,7 @@
 #include <map>
 #include <mutex>
 #include <numbers>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <tuple>
@@ -141,7 +142,7 @@ private:
     void render(std::int64_t timestampNs, std::uint8_t* out);
 
     const DemoOptions options_;
-    SensorModel sensor_;
+    std::optional<SensorModel> sensor_;  // made by the first read: its noise takes a while
     std::array<double, 3> lampColour_{}; // B, G, R of the bare lamp, or the grey weights
     std::array<double, 3> lamp_{};
     const std::int64_t openNs_;
@@ -172,8 +173,7 @@ private:
 };
 
 DemoCamera::DemoCamera(const DemoOptions& options)
-    : options_(options), sensor_(options.seed * 2654435761u + 1, kSensorWidth),
-      openNs_(monotonicNs()), drift_(options.drift) {
+    : options_(options), openNs_(monotonicNs()), drift_(options.drift) {
     // The sensor is balanced for daylight, so the lamp's own colour reaches the raw picture.
     const RgbGains light = lightColour(kLampKelvin);
     const double colour[3] = {light.b, light.g, light.r};
@@ -335,9 +335,6 @@ bool DemoCamera::start(int resolutionIndex) {
         error_ = "The demo camera has no resolution " + std::to_string(resolutionIndex) + ".";
         return false;
     }
-    const Resolution r = kResolutions[static_cast<std::size_t>(resolutionIndex)];
-    for (auto& buffer : buffers_)
-        buffer.resize(static_cast<std::size_t>(r.width) * r.height * 3);
     resolution_ = resolutionIndex;
     started_ = true;
     lastFrameNs_ = monotonicNs();
@@ -397,10 +394,12 @@ ReadStatus DemoCamera::read(SourceFrame& frame, int timeoutMs) {
         sleepUntil(due);
     }
     lastFrameNs_ = due;
+    const Resolution r = kResolutions[static_cast<std::size_t>(resolution_)];
     std::vector<std::uint8_t>& buffer = buffers_[static_cast<std::size_t>(nextBuffer_)];
     nextBuffer_ ^= 1;
+    // Sized here, on the reading thread: at full size that is tens of megabytes to clear.
+    buffer.resize(static_cast<std::size_t>(r.width) * r.height * 3);
     render(due, buffer.data());
-    const Resolution r = kResolutions[static_cast<std::size_t>(resolution_)];
     frame.bgr = buffer.data();
     frame.width = r.width;
     frame.height = r.height;
@@ -432,8 +431,10 @@ void DemoCamera::render(std::int64_t timestampNs, std::uint8_t* out) {
     e.lineTimeS = 1.0 / kFrameRates[resolution_][kMaxSpeed] / r.height;
     e.noiseDivisor = skip ? 1 : factor;
     e.startNs = timestampNs;
-    sensor_.expose(texture(factor, skip), dx / factor, dy / factor, r.width, r.height, e, out,
-                   r.width * 3);
+    if (!sensor_)
+        sensor_.emplace(options_.seed * 2654435761u + 1, kSensorWidth);
+    sensor_->expose(texture(factor, skip), dx / factor, dy / factor, r.width, r.height, e, out,
+                    r.width * 3);
 }
 
 } // namespace

@@ -275,6 +275,8 @@ std::unique_ptr<Slide> SlideRenderer::render(const std::atomic<bool>* cancel) co
             paintHaze(band, haze);
 
         for (int y = band.y0; y < band.y0 + band.rows; ++y) {
+            if (cancel && cancel->load(std::memory_order_relaxed))
+                return nullptr;
             const float ty = static_cast<float>(y % step) / step;
             for (int fx = 0; fx < layout_.fieldWidth; ++fx) {
                 const float a = layout_.field(fx, y / step), b = layout_.field(fx, y / step + 1);

@@ -27,7 +27,7 @@ public:
     explicit SlideRenderer(const Options& options);
 
     // Every texture of the slide, with Slide::kMargin around the field of view; nullptr when
-    // cancel was set meanwhile (it is looked at every few milliseconds).
+    // cancel was set meanwhile (it is looked at every row).
     std::unique_ptr<Slide> render(const std::atomic<bool>* cancel = nullptr) const;
 
 private:
