@@ -61,15 +61,16 @@ enum LampFilter : int { kFilterNone = 0, kFilterDaylight = 1, kFilterGreen = 2 }
 constexpr double kDaylightKelvin = 5500;
 constexpr RgbGains kGreenFilter{0.12, 0.85, 0.10};
 
-// Rendering the slide takes a few tenths of a second, so it happens once per seed and
-// sensor kind while any demo camera holds it, on a thread of its own.
+// Rendering the slide takes a few tenths of a second, so it happens on a thread of its own
+// and once per seed and sensor kind in the process: the demo camera opened again shows its
+// first frame at once. The few slides there can be stay for the process's life.
 class SlideCache {
 public:
     using Key = std::pair<std::uint32_t, bool>; // seed, colour
     static std::shared_ptr<const Slide> find(const Key& key) {
         std::lock_guard lock(mutex());
         const auto it = slides().find(key);
-        return it == slides().end() ? nullptr : it->second.lock();
+        return it == slides().end() ? nullptr : it->second;
     }
     static void keep(const Key& key, const std::shared_ptr<const Slide>& slide) {
         std::lock_guard lock(mutex());
@@ -81,8 +82,8 @@ private:
         static std::mutex m;
         return m;
     }
-    static std::map<Key, std::weak_ptr<const Slide>>& slides() {
-        static std::map<Key, std::weak_ptr<const Slide>> s;
+    static std::map<Key, std::shared_ptr<const Slide>>& slides() {
+        static std::map<Key, std::shared_ptr<const Slide>> s;
         return s;
     }
 };
