@@ -77,7 +77,7 @@ Device::Device(dscap_handle handle, CameraInfo info, std::unique_ptr<CameraSourc
     : handle_(handle), info_(std::move(info)), source_(std::move(source)),
       frameWindow_(frameWindow), viewWindow_(viewWindow), context_(std::move(context)),
       colour_(source_->isColour()), features_(source_->features()),
-      resolutions_(source_->resolutions()) {
+      resolutions_(source_->resolutions()), hasExtraControls_(!source_->extraControls().empty()) {
     ControlValues defaults;
     defaults.exposureUs = source_->exposureRange().def;
     defaults.gain = source_->gainRange().def;

@@ -124,6 +124,8 @@ public:
     // capture thread while it runs (waiting for it briefly), else here.
     std::vector<ExtraControl> extraControls();
     bool setExtraControl(std::uint32_t id, std::int32_t value);
+    // Whether there are any, known from the opening: the menus ask on every update.
+    bool hasExtraControls() const { return hasExtraControls_; }
     // Hands the property dialog of that command to the application's hook.
     bool showDialog(int command);
 
@@ -172,6 +174,7 @@ private:
     const bool colour_;
     const std::uint32_t features_;
     const std::vector<Resolution> resolutions_;
+    const bool hasExtraControls_;
     std::shared_ptr<CameraControl> control_;
 
     mutable std::mutex mutex_; // guards the fields below up to the next blank line
