@@ -101,8 +101,9 @@ int dscap_grabber(dscap_handle h, void* dib, int a, int b, int c, int d, int e);
 
 // Asks the application for a file through the hook, then records until stopped. Fails
 // (0, with dscap_last_error) when the camera stopped previewing while the hook ran; a file
-// that was there before is never removed. Waits for earlier recordings still being
-// finished, so a file chosen again is not written twice at once. Posts the recording
+// that was there before is never removed. When this camera's last recording, or any
+// recording of the file chosen, is still being finished, waits for that first (so the
+// recording messages alternate and no file is written twice at once). Posts the recording
 // message with 1 when recording begins.
 int dscap_start_capture(dscap_handle h);
 // Ends the recording at once: dscap_fCapturing is 0 when it returns and a new recording may

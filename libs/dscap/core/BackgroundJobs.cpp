@@ -26,7 +26,7 @@ void BackgroundJobs::reapEnded() {
     }
 }
 
-void BackgroundJobs::run(std::function<void()> work, std::function<void()> done) {
+void BackgroundJobs::run(std::string key, std::function<void()> work, std::function<void()> done) {
     auto body = [this, work = std::move(work), done = std::move(done)](Job* job) {
         if (work)
             work();
@@ -42,6 +42,7 @@ void BackgroundJobs::run(std::function<void()> work, std::function<void()> done)
     reapEnded();
     // List nodes stay put, so the thread may keep a pointer to its job.
     Job* job = &jobs_.emplace_back();
+    job->key = std::move(key);
     try {
         job->thread = std::thread([body, job] {
             pthread_setname_np(pthread_self(), "dscap-job");
@@ -54,16 +55,24 @@ void BackgroundJobs::run(std::function<void()> work, std::function<void()> done)
     }
 }
 
-void BackgroundJobs::waitAll() {
+void BackgroundJobs::waitUntil(const std::function<bool(const Job&)>& counts) {
     std::unique_lock lock(mutex_);
     ended_.wait(lock, [&] {
         for (const Job& job : jobs_) {
-            if (!job.ended)
+            if (!job.ended && counts(job))
                 return false;
         }
         return true;
     });
     reapEnded();
+}
+
+void BackgroundJobs::waitFor(const std::string& key) {
+    waitUntil([&](const Job& job) { return job.key == key; });
+}
+
+void BackgroundJobs::waitAll() {
+    waitUntil([](const Job&) { return true; });
 }
 
 } // namespace dscap

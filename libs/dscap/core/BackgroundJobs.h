@@ -4,6 +4,7 @@
 #include <functional>
 #include <list>
 #include <mutex>
+#include <string>
 #include <thread>
 
 namespace dscap {
@@ -21,8 +22,10 @@ public:
     BackgroundJobs& operator=(const BackgroundJobs&) = delete;
 
     // Runs work, then done (unless silenced meanwhile), on a new thread; both here when no
-    // thread can be started.
-    void run(std::function<void()> work, std::function<void()> done = {});
+    // thread can be started. The key names what the job works on (a file, a camera).
+    void run(std::string key, std::function<void()> work, std::function<void()> done = {});
+    // Returns once no job on that key is under way.
+    void waitFor(const std::string& key);
     // Returns once every job handed over so far has ended.
     void waitAll();
     // From now on jobs do their work but call no done: at process exit nobody is left to
@@ -31,9 +34,11 @@ public:
 
 private:
     struct Job {
+        std::string key;
         std::thread thread;
         bool ended = false; // guarded by mutex_
     };
+    void waitUntil(const std::function<bool(const Job&)>& counts);
     void reapEnded(); // joins ended jobs; under mutex_
 
     std::mutex mutex_; // guards jobs_ and silent_

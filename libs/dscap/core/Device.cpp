@@ -70,6 +70,13 @@ std::string suggestedRecordingPath() {
     return (folder / name).string();
 }
 
+// The background jobs' key of a recording file, the same however the path was written.
+std::string fileKey(const std::string& path) {
+    std::error_code ec;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, ec);
+    return "file:" + (ec ? std::filesystem::path(path) : absolute).lexically_normal().string();
+}
+
 } // namespace
 
 Device::Device(dscap_handle handle, CameraInfo info, std::unique_ptr<CameraSource> source,
@@ -250,11 +257,13 @@ bool Device::start() {
 
 void Device::close() {
     std::unique_ptr<VideoRecorder> recorder;
+    std::string path;
     {
         std::scoped_lock lock(recordMutex_, mutex_);
         if (!setState(State::Closed))
             return;
         recorder = std::move(recorder_);
+        path = std::move(recordingPath_);
     }
     {
         // Waits for a callback or post under way; none starts after.
@@ -263,7 +272,7 @@ void Device::close() {
         quiet_ = true;
     }
     if (recorder)
-        finishRecording(std::move(recorder), 0);
+        finishRecording(std::move(recorder), path, 0);
 }
 
 void Device::release() {
@@ -273,12 +282,7 @@ void Device::release() {
             thread_.join();
         source_->stop();
         saveSettings();
-        releasedPromise_.set_value();
     });
-}
-
-void Device::waitReleased() const {
-    released_.wait();
 }
 
 void Device::stop() {
@@ -601,11 +605,13 @@ void Device::recordFrame(const Image& picture, std::int64_t timestampNs) {
         recorder = std::move(recorder_);
         error_ = recorder->error();
     }
+    const std::string path = std::move(recordingPath_);
     lock.unlock();
-    finishRecording(std::move(recorder), DSCAP_EVENT_RECORD_FAILED);
+    finishRecording(std::move(recorder), path, DSCAP_EVENT_RECORD_FAILED);
 }
 
-void Device::finishRecording(std::unique_ptr<VideoRecorder> recorder, int event) {
+void Device::finishRecording(std::unique_ptr<VideoRecorder> recorder, const std::string& path,
+                             int event) {
     // Copies only: the device may be gone when the file is complete.
     auto done = [post = context_.hooks.post, view = viewWindow_, frame = frameWindow_,
                  stopped = context_.messages.recording, eventMessage = context_.messages.event,
@@ -618,8 +624,13 @@ void Device::finishRecording(std::unique_ptr<VideoRecorder> recorder, int event)
             post(frame, eventMessage, static_cast<std::uintptr_t>(event), 0);
     };
     if (context_.jobs) {
+        const std::string key = fileKey(path);
+        {
+            std::lock_guard lock(recordMutex_);
+            finishingKey_ = key;
+        }
         context_.jobs->run(
-            [file = std::shared_ptr<VideoRecorder>(std::move(recorder))] { file->close(); },
+            key, [file = std::shared_ptr<VideoRecorder>(std::move(recorder))] { file->close(); },
             std::move(done));
     } else {
         recorder->close();
@@ -629,15 +640,17 @@ void Device::finishRecording(std::unique_ptr<VideoRecorder> recorder, int event)
 
 void Device::lose(int event, const std::string& error) {
     std::unique_ptr<VideoRecorder> recorder;
+    std::string path;
     {
         std::scoped_lock lock(recordMutex_, mutex_);
         if (!setState(State::Lost))
             return; // closed meanwhile: nobody is to be told
         error_ = error;
         recorder = std::move(recorder_);
+        path = std::move(recordingPath_);
     }
     if (recorder) // the event follows the complete file
-        finishRecording(std::move(recorder), event);
+        finishRecording(std::move(recorder), path, event);
     else
         post(frameWindow_, context_.messages.event, static_cast<std::uintptr_t>(event), 0);
 }
@@ -841,9 +854,18 @@ bool Device::startRecording() {
         return false;
     }
     const int width = frameWidth_, height = frameHeight_;
-    // A file still being finished may be the one chosen again.
-    if (context_.jobs)
-        context_.jobs->waitAll();
+    // The last recording's file must be complete first, so that the messages of the two
+    // cannot cross; and the file chosen may be one still being finished elsewhere.
+    if (context_.jobs) {
+        std::string earlier;
+        {
+            std::lock_guard lock(recordMutex_);
+            earlier = finishingKey_;
+        }
+        if (!earlier.empty())
+            context_.jobs->waitFor(earlier);
+        context_.jobs->waitFor(fileKey(path));
+    }
 
     VideoRecorder::Options options;
     options.path = path;
@@ -864,6 +886,7 @@ bool Device::startRecording() {
         std::scoped_lock lock(recordMutex_, mutex_);
         if (setState(State::Recording)) {
             recorder_ = std::move(recorder);
+            recordingPath_ = path;
         } else {
             error_ = "The camera stopped while the recording was being prepared.";
         }
@@ -881,13 +904,15 @@ bool Device::startRecording() {
 
 bool Device::stopRecording() {
     std::unique_ptr<VideoRecorder> recorder;
+    std::string path;
     {
         std::scoped_lock lock(recordMutex_, mutex_);
         if (state_ != State::Recording || !setState(State::Previewing))
             return false;
         recorder = std::move(recorder_);
+        path = std::move(recordingPath_);
     }
-    finishRecording(std::move(recorder), 0);
+    finishRecording(std::move(recorder), path, 0);
     return true;
 }
 

@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -75,9 +74,8 @@ public:
     // within a frame; release() waits for that.
     void close();
     // After close(): waits for the capture thread, stops the stream and keeps the settings.
-    // Once only; waitReleased() returns after it.
+    // Once only.
     void release();
-    void waitReleased() const;
     // close() and release().
     void stop();
     State state() const;
@@ -157,7 +155,8 @@ private:
     void recordFrame(const Image& picture, std::int64_t timestampNs);
     // Finishes the file in the background, then posts "recording stopped" and the event
     // (when not 0) to the frame, even when the device has been closed meanwhile.
-    void finishRecording(std::unique_ptr<VideoRecorder> recorder, int event);
+    void finishRecording(std::unique_ptr<VideoRecorder> recorder, const std::string& path,
+                         int event);
     void lose(int event, const std::string& error);
     void post(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) const;
     SensorSettings sensorSettings(const ControlValues& v) const;
@@ -198,6 +197,8 @@ private:
     // the state is Recording.
     std::mutex recordMutex_;
     std::unique_ptr<VideoRecorder> recorder_;
+    std::string recordingPath_;
+    std::string finishingKey_; // the background job of the last recording that ended
 
     std::atomic<bool> notifyPending_{false};
     std::atomic<std::uint32_t> realExposure_{0};
@@ -212,8 +213,6 @@ private:
     FrameRateMeter shownRate_;
     std::thread thread_;
     std::once_flag releaseOnce_;
-    std::promise<void> releasedPromise_;
-    std::shared_future<void> released_ = releasedPromise_.get_future().share();
 };
 
 template <typename F> std::int32_t Device::change(F&& change) {

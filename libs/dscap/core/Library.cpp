@@ -9,6 +9,15 @@
 
 namespace dscap {
 
+namespace {
+
+// The background jobs' key of a camera being released.
+std::string cameraKey(const std::string& id) {
+    return "camera:" + id;
+}
+
+} // namespace
+
 Library& Library::instance() {
     static Library library;
     return library;
@@ -79,12 +88,7 @@ dscap_handle Library::open(const std::string& id, void* frameWindow, void* viewW
     for (const auto& provider : providers_)
         candidates.push_back(provider.get());
     // The same camera just closed: its stream and settings must be let go of first.
-    std::erase_if(releasing_, [&](const std::weak_ptr<Device>& weak) {
-        const std::shared_ptr<Device> device = weak.lock();
-        if (device && device->id() == id)
-            device->waitReleased();
-        return !device || device->id() == id;
-    });
+    jobs_->waitFor(cameraKey(id));
     std::string error;
     std::unique_ptr<CameraSource> source;
     CameraInfo info{id, {}, 0};
@@ -124,10 +128,10 @@ bool Library::close(dscap_handle handle) {
         std::lock_guard lock(mutex_);
         if (auto control = device->controlObject())
             retired_.push_back(std::move(control));
-        releasing_.push_back(device);
     }
     // The job holds the last reference, so the device also goes on that thread.
-    jobs_->run([device = std::move(device)]() mutable {
+    const std::string key = cameraKey(device->id());
+    jobs_->run(key, [device = std::move(device)]() mutable {
         device->release();
         device.reset();
     });

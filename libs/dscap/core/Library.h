@@ -57,8 +57,6 @@ private:
     std::uintptr_t nextHandle_ = 1;
     // Interfaces of closed devices, kept so that a stale pointer still answers (with failure).
     std::vector<std::shared_ptr<CameraControl>> retired_;
-    // Devices closed and still being released: a camera opens again only once it is.
-    std::vector<std::weak_ptr<Device>> releasing_;
 };
 
 } // namespace dscap

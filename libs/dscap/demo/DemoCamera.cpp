@@ -78,13 +78,14 @@ public:
     }
 
 private:
+    // Never destroyed: cameras may still be let go of while the process ends.
     static std::mutex& mutex() {
-        static std::mutex m;
-        return m;
+        static auto* m = new std::mutex;
+        return *m;
     }
     static std::map<Key, std::shared_ptr<const Slide>>& slides() {
-        static std::map<Key, std::shared_ptr<const Slide>> s;
-        return s;
+        static auto* s = new std::map<Key, std::shared_ptr<const Slide>>;
+        return *s;
     }
 };
 

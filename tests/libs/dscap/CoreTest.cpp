@@ -50,6 +50,7 @@ TEST(BackgroundJobs, WaitAllWaitsForEveryJobAndSilenceDropsOnlyTheNews) {
     std::atomic<int> worked{0}, told{0};
     for (int i = 0; i < 3; ++i)
         jobs.run(
+            "a",
             [&] {
                 std::this_thread::sleep_for(50ms);
                 ++worked;
@@ -60,6 +61,7 @@ TEST(BackgroundJobs, WaitAllWaitsForEveryJobAndSilenceDropsOnlyTheNews) {
     EXPECT_EQ(told, 3);
 
     jobs.run(
+        "b",
         [&] {
             std::this_thread::sleep_for(50ms);
             ++worked;
@@ -71,11 +73,29 @@ TEST(BackgroundJobs, WaitAllWaitsForEveryJobAndSilenceDropsOnlyTheNews) {
     EXPECT_EQ(told, 3);
 }
 
+TEST(BackgroundJobs, WaitingForAKeyWaitsOnlyForItsJobs) {
+    BackgroundJobs jobs;
+    std::atomic<bool> release{false}, quickDone{false};
+    jobs.run("slow", [&] {
+        while (!release)
+            std::this_thread::sleep_for(1ms);
+    });
+    jobs.run("quick", [&] {
+        std::this_thread::sleep_for(30ms);
+        quickDone = true;
+    });
+    jobs.waitFor("quick");
+    EXPECT_TRUE(quickDone);
+    jobs.waitFor("nothing");
+    release = true;
+    jobs.waitFor("slow");
+}
+
 TEST(BackgroundJobs, GoingAwayFinishesWhatIsUnderWay) {
     std::atomic<bool> finished{false};
     {
         BackgroundJobs jobs;
-        jobs.run([&] {
+        jobs.run("b", [&] {
             std::this_thread::sleep_for(100ms);
             finished = true;
         });
