@@ -129,6 +129,7 @@ void demoPreview(benchmark::State& state) {
     measure(state, h, state.range(0) == 0 ? 15 : 30);
     dscap_stop_capture(h);
     dscap_stop(h);
+    dscap::Library::instance().waitForBackgroundWork();
     fs::remove_all(scratch());
 }
 // 2592x1944 (15 fps target, one core), 1296x972 (30 fps, half a core), and 1296x972 while
@@ -168,6 +169,7 @@ void webcamMjpegPreview(benchmark::State& state) {
     allProcessing(c);
     measure(state, h, 30);
     dscap_stop(h);
+    dscap::Library::instance().waitForBackgroundWork();
     fs::remove_all(scratch());
 }
 BENCHMARK(webcamMjpegPreview)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
@@ -221,6 +223,7 @@ void callDeviceAndStart(benchmark::State& state) {
     }
     state.counters["device_ms_max"] = deviceMs;
     state.counters["first_frame_ms_max"] = firstFrameMs;
+    dscap::Library::instance().waitForBackgroundWork();
     fs::remove_all(scratch());
 }
 BENCHMARK(callDeviceAndStart)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
@@ -248,6 +251,7 @@ void callStopCapture(benchmark::State& state) {
     }
     state.counters["file_complete_ms_max"] = finishMs;
     dscap_stop(h);
+    dscap::Library::instance().waitForBackgroundWork();
     fs::remove_all(scratch());
 }
 BENCHMARK(callStopCapture)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
@@ -264,6 +268,7 @@ void callStop(benchmark::State& state) {
         dscap_stop(h);
         state.SetIterationTime(millisecondsSince(t0) / 1000);
     }
+    dscap::Library::instance().waitForBackgroundWork();
     fs::remove_all(scratch());
 }
 BENCHMARK(callStop)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
@@ -292,6 +297,7 @@ void callRealExposureAfterSet(benchmark::State& state) {
     }
     state.counters["worst_ms"] = worstMs;
     dscap_stop(h);
+    dscap::Library::instance().waitForBackgroundWork();
     fs::remove_all(scratch());
 }
 BENCHMARK(callRealExposureAfterSet)

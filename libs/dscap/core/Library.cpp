@@ -40,6 +40,10 @@ void Library::init(const std::string& configHome, const std::string& company,
         providers_.clear(); // made again with the new settings
 }
 
+void Library::waitForBackgroundWork() {
+    jobs_->waitAll();
+}
+
 void Library::setHooks(const dscap_hooks& hooks) {
     std::lock_guard lock(mutex_);
     hooks_ = hooks;

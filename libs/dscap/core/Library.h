@@ -37,6 +37,10 @@ public:
     bool close(dscap_handle handle);
     dscap_messages messages() const;
 
+    // Returns once every camera closed is released (settings written) and every recording
+    // ended is complete. For tests and benchmarks that remove the folders involved.
+    void waitForBackgroundWork();
+
     // Tests put fake camera families in place of the system's; an empty list restores them.
     void setProviders(std::vector<std::unique_ptr<CameraProvider>> providers);
 

@@ -169,6 +169,7 @@ protected:
     void TearDown() override {
         if (handle)
             dscap_stop(handle);
+        dscap::Library::instance().waitForBackgroundWork(); // it writes into dir
         dscap::Library::instance().setProviders({});
         fs::remove_all(dir);
         inbox = nullptr;
