@@ -26,7 +26,7 @@ class CameraControl;
 class VideoRecorder;
 
 // What a device needs from the library: where to post, what to post, where settings live,
-// who finishes its recordings.
+// who runs the work its caller must not wait for (finishing a recording).
 struct DeviceContext {
     dscap_messages messages{};
     dscap_hooks hooks{};
@@ -49,7 +49,7 @@ struct DeviceContext {
 //   Opened,
 //   Previewing,
 //   Recording,
-//   Lost         Closed      stop(); final
+//   Lost         Closed      close() (or stop()); final
 //
 // A recording leaving Recording is finished in the background (the file's end written);
 // that is no state of the device, which may go on previewing, record again (after waiting
