@@ -181,7 +181,8 @@ protected:
         handle = dscap_device(&frameWindow, &viewWindow, &record);
         EXPECT_NE(handle, nullptr);
         EXPECT_EQ(dscap_start(handle, 0, 0, 0, 0, 0), 1);
-        EXPECT_TRUE(box.waitUntil([&] { return countLocked(kNotify) > 0; }));
+        // The demo camera's slide is painted first: seconds in a sanitizer build.
+        EXPECT_TRUE(box.waitUntil([&] { return countLocked(kNotify) > 0; }, 30s));
         return dscap_get_interface(handle, 0);
     }
     int countLocked(unsigned message) {
@@ -294,7 +295,7 @@ TEST_F(DscapApiTest, StartsOnceAndGrabsOnlyWhenAFrameExists) {
     EXPECT_EQ(dscap_start(handle, 0, 0, 0, 0, 0), 1);
     EXPECT_EQ(dscap_start(handle, 0, 0, 0, 0, 0), 0);
     EXPECT_EQ(dscap_fPreviewing(handle), 1);
-    ASSERT_TRUE(box.waitUntil([&] { return countLocked(kVideoSize) > 0; }));
+    ASSERT_TRUE(box.waitUntil([&] { return countLocked(kVideoSize) > 0; }, 30s));
     {
         std::lock_guard lock(box.mutex);
         const auto it = std::find_if(box.posted.begin(), box.posted.end(),
