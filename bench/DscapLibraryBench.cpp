@@ -1,5 +1,6 @@
 // The capture library as the camera window runs it: frames a second and the share of a core
-// the whole library uses (capture thread, processing, recorder) while previewing.
+// the whole library uses (capture thread, processing, recorder) while previewing, and how
+// long the calls the window makes on its own thread take.
 #include "../tests/libs/dscap/FakeV4l2System.h"
 #include "dscap/ICameraControl.h"
 #include "dscap/core/DemoProvider.h"
@@ -11,6 +12,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cmath>
@@ -28,11 +30,14 @@ using namespace std::chrono_literals;
 namespace {
 
 std::atomic<int> framesPosted{0};
+std::atomic<int> recordingsStopped{0};
 std::string recordPath;
 
-void post(void*, unsigned message, std::uintptr_t, std::intptr_t) {
+void post(void*, unsigned message, std::uintptr_t wParam, std::intptr_t) {
     if (message == 0x465)
         ++framesPosted;
+    if (message == 0x466 && wParam == 0)
+        ++recordingsStopped;
 }
 
 int recordFile(void*, const char*, char* path, std::size_t size) {
@@ -124,6 +129,7 @@ void demoPreview(benchmark::State& state) {
     measure(state, h, state.range(0) == 0 ? 15 : 30);
     dscap_stop_capture(h);
     dscap_stop(h);
+    dscap::Library::instance().waitForBackgroundWork();
     fs::remove_all(scratch());
 }
 // 2592x1944 (15 fps target, one core), 1296x972 (30 fps, half a core), and 1296x972 while
@@ -163,8 +169,140 @@ void webcamMjpegPreview(benchmark::State& state) {
     allProcessing(c);
     measure(state, h, 30);
     dscap_stop(h);
+    dscap::Library::instance().waitForBackgroundWork();
     fs::remove_all(scratch());
 }
 BENCHMARK(webcamMjpegPreview)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// The calls the camera window makes on its own thread, each timed alone; every one should
+// stay well under 50 ms so the window never stalls.
+using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point t0) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - t0).count();
+}
+
+void useDemo() {
+    std::vector<std::unique_ptr<dscap::CameraProvider>> providers;
+    providers.push_back(std::make_unique<dscap::DemoProvider>(dscap::DemoOptions{}, false));
+    setUp(std::move(providers));
+}
+
+dscap_handle openDemo() {
+    dscap_dsvi camera{const_cast<char*>("demo:colour"), const_cast<char*>("Demo"), 0};
+    return dscap_device(nullptr, nullptr, &camera);
+}
+
+// Re-arms the frame message the way the view's repaint does, until n more have come.
+void waitForFrames(dscap_handle h, int n) {
+    const int target = framesPosted + n;
+    while (framesPosted < target) {
+        dscap_notify(h, 0, 0);
+        std::this_thread::sleep_for(1ms);
+    }
+}
+
+// dscap_device and dscap_start together, and how long the first frame takes after them.
+void callDeviceAndStart(benchmark::State& state) {
+    useDemo();
+    double firstFrameMs = 0, deviceMs = 0;
+    for (auto _ : state) {
+        const int before = framesPosted;
+        const auto t0 = Clock::now();
+        dscap_handle h = openDemo();
+        deviceMs = std::max(deviceMs, millisecondsSince(t0));
+        dscap_start(h, 0, 0, 0, 0, 0);
+        state.SetIterationTime(millisecondsSince(t0) / 1000);
+        while (framesPosted == before)
+            std::this_thread::sleep_for(1ms);
+        firstFrameMs = std::max(firstFrameMs, millisecondsSince(t0));
+        dscap_stop(h);
+        // A camera opened again at once waits for its release (stream, settings); a user
+        // takes longer than this to choose it again.
+        std::this_thread::sleep_for(300ms);
+    }
+    state.counters["device_ms_max"] = deviceMs;
+    state.counters["first_frame_ms_max"] = firstFrameMs;
+    dscap::Library::instance().waitForBackgroundWork();
+    fs::remove_all(scratch());
+}
+BENCHMARK(callDeviceAndStart)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// dscap_stop_capture after a second of recording at 2592x1944 with every stage on, and how
+// long the file then takes to be complete.
+void callStopCapture(benchmark::State& state) {
+    useDemo();
+    dscap_handle h = openDemo();
+    dscap_start(h, 0, 0, 0, 0, 0);
+    allProcessing(dscap_get_interface(h, 0));
+    waitForFrames(h, 3);
+    recordPath = (scratch() / "stop.mp4").string();
+    double finishMs = 0;
+    for (auto _ : state) {
+        dscap_start_capture(h);
+        std::this_thread::sleep_for(1s);
+        const int stopped = recordingsStopped;
+        const auto t0 = Clock::now();
+        dscap_stop_capture(h);
+        state.SetIterationTime(millisecondsSince(t0) / 1000);
+        while (recordingsStopped == stopped)
+            std::this_thread::sleep_for(1ms);
+        finishMs = std::max(finishMs, millisecondsSince(t0));
+    }
+    state.counters["file_complete_ms_max"] = finishMs;
+    dscap_stop(h);
+    dscap::Library::instance().waitForBackgroundWork();
+    fs::remove_all(scratch());
+}
+BENCHMARK(callStopCapture)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// dscap_stop while previewing at 2592x1944 with every stage on.
+void callStop(benchmark::State& state) {
+    useDemo();
+    for (auto _ : state) {
+        dscap_handle h = openDemo();
+        dscap_start(h, 0, 0, 0, 0, 0);
+        allProcessing(dscap_get_interface(h, 0));
+        waitForFrames(h, 5);
+        const auto t0 = Clock::now();
+        dscap_stop(h);
+        state.SetIterationTime(millisecondsSince(t0) / 1000);
+    }
+    dscap::Library::instance().waitForBackgroundWork();
+    fs::remove_all(scratch());
+}
+BENCHMARK(callStop)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// A slider step: SetExposureTime, then GetRealExposureTime for the text beside it, at
+// 2592x1944 with every stage on.
+void callRealExposureAfterSet(benchmark::State& state) {
+    useDemo();
+    dscap_handle h = openDemo();
+    dscap_start(h, 0, 0, 0, 0, 0);
+    ICameraControl* c = dscap_get_interface(h, 0);
+    allProcessing(c);
+    waitForFrames(h, 3);
+    std::uint32_t step = 0;
+    double worstMs = 0;
+    for (auto _ : state) {
+        const auto t0 = Clock::now();
+        c->SetExposureTime(20000 + 1000 * (step++ % 20));
+        std::uint32_t real = 0;
+        c->GetRealExposureTime(&real);
+        benchmark::DoNotOptimize(real);
+        const double ms = millisecondsSince(t0);
+        worstMs = std::max(worstMs, ms);
+        state.SetIterationTime(ms / 1000);
+        std::this_thread::sleep_for(5ms); // a slider moves a step every few milliseconds
+    }
+    state.counters["worst_ms"] = worstMs;
+    dscap_stop(h);
+    dscap::Library::instance().waitForBackgroundWork();
+    fs::remove_all(scratch());
+}
+BENCHMARK(callRealExposureAfterSet)
+    ->Iterations(200)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace

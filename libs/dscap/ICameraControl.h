@@ -15,6 +15,15 @@ typedef void (*DSCAP_WHITEBALANCE_CALLBACK)(std::int32_t temperature, std::int32
 // the reserved ones keep the numbering and always fail. Every operation returns a status:
 // 0 success, negative failure (the value asked is out of range, the camera cannot do it,
 // or the camera is gone). Level arrays are indexed blue, green, red, grey.
+//
+// Three operations return a value in place of the success status: IsColour, GetMaxSpeed
+// and GetResolutionCount. Their answer is 0 or more, or a negative status on failure (a
+// closed or unplugged camera gives kNotAvailable); callers must treat a negative answer as
+// failure, never as a colour flag or a count.
+//
+// An interface outlives its camera: once the camera is closed (dscap_stop) or gone, every
+// operation fails with kNotAvailable. No operation waits for the capture thread for long,
+// so each may be called on every step of a slider.
 class ICameraControl {
 public:
     enum : std::int32_t {
@@ -76,17 +85,19 @@ public:
     virtual std::int32_t SetHorizontalFlip(std::int32_t flip) = 0;                       // 48
     virtual std::int32_t SetSpeed(std::uint8_t speed) = 0;                               // 49
     virtual std::int32_t GetSpeed(std::uint8_t* speed) = 0;                              // 50
-    virtual std::int32_t GetMaxSpeed() = 0;                                              // 51
-    virtual std::int32_t SetLightSource(std::int32_t source) = 0;                        // 52
-    virtual std::int32_t GetLightSource(std::int32_t* source) = 0;                       // 53
-    virtual std::int32_t SetSamplingMode(std::int32_t mode) = 0;                         // 54
-    virtual std::int32_t GetSamplingMode(std::int32_t* mode) = 0;                        // 55
-    virtual std::int32_t SetNotifyCallback(DSCAP_NOTIFY_CALLBACK cb, void* ctx) = 0;     // 56
+    // The highest speed level, 0 when the camera has no speed control; negative on failure.
+    virtual std::int32_t GetMaxSpeed() = 0;                                          // 51
+    virtual std::int32_t SetLightSource(std::int32_t source) = 0;                    // 52
+    virtual std::int32_t GetLightSource(std::int32_t* source) = 0;                   // 53
+    virtual std::int32_t SetSamplingMode(std::int32_t mode) = 0;                     // 54
+    virtual std::int32_t GetSamplingMode(std::int32_t* mode) = 0;                    // 55
+    virtual std::int32_t SetNotifyCallback(DSCAP_NOTIFY_CALLBACK cb, void* ctx) = 0; // 56
     virtual std::int32_t GetExposureTimeRange(std::uint32_t* min, std::uint32_t* max,
                                               std::uint32_t* def) = 0; // 57
     virtual std::int32_t GetExposureGainRange(std::uint16_t* min, std::uint16_t* max,
                                               std::uint16_t* def) = 0; // 58
-    virtual std::int32_t GetResolutionCount() = 0;                     // 59
+    // How many resolutions the camera offers (0 or more); negative on failure.
+    virtual std::int32_t GetResolutionCount() = 0; // 59
     virtual std::int32_t GetResolution(std::int32_t index, std::int32_t* width,
                                        std::int32_t* height) = 0;                        // 60
     virtual std::int32_t SetTempTint(std::int32_t temperature, std::int32_t tint) = 0;   // 61
@@ -106,8 +117,11 @@ public:
     virtual std::int32_t GetAutoExposureRegion(std::int32_t* left, std::int32_t* top,
                                                std::int32_t* right,
                                                std::int32_t* bottom) = 0; // 71
-    virtual std::int32_t IsColour() = 0;                                  // 72
+    // 1 for a colour camera, 0 for a monochrome one; negative on failure.
+    virtual std::int32_t IsColour() = 0; // 72
     virtual std::int32_t Reserved73() { return kNotSupported; }
+    // The exposure time in force for the current settings (snapped to the mains period
+    // under AC light, to the device's steps): known as soon as SetExposureTime returns.
     virtual std::int32_t GetRealExposureTime(std::uint32_t* microseconds) = 0; // 74
 
 protected:

@@ -199,8 +199,9 @@ void copyText(char* out, std::size_t size, const std::string& text) {
 
 bool hasControlsDialog(dscap_handle h, int command) {
     const auto d = find(h);
-    return d && command == static_cast<int>(Library::instance().messages().firstDialogCommand) &&
-           !d->extraControls().empty();
+    return d && d->hasSource() &&
+           command == static_cast<int>(Library::instance().messages().firstDialogCommand) &&
+           d->hasExtraControls();
 }
 
 } // namespace

@@ -21,7 +21,7 @@ struct dscap_dsvi {
 struct dscap_messages {
     unsigned notify;             // to the view; hand to dscap_notify
     unsigned videoSize;          // to the view: width, height
-    unsigned recording;          // to the view: recording started or stopped
+    unsigned recording;          // to the view: 1 recording started, 0 its file is complete
     unsigned firstDialogCommand; // first of sixteen property-dialog commands
     unsigned event;              // to the frame: a DSCAP_EVENT_* code, detail
 };
@@ -73,23 +73,44 @@ dscap_dsvi* dscap_enum_device(int flags);
 void dscap_free_dsvi(dscap_dsvi* list);
 
 // Opens the camera; nullptr when it cannot be opened. The handle lives until dscap_stop.
+// Returns within milliseconds (the demo camera prepares its slide in the background); a
+// camera opened again right after dscap_stop first waits for its release.
 dscap_handle dscap_device(void* frameWindow, void* viewWindow, const dscap_dsvi* camera);
+// Starts the preview; the first frame follows within about half a second.
 int dscap_start(dscap_handle h, int a, int b, int c, int d, int e);
-// Stops preview and recording, keeps the camera's settings and releases the handle.
+// Stops preview and recording and releases the handle at once: no callback of the control
+// interface and no message comes after it returns, except the "recording stopped" message
+// of a recording it ended, posted when that file is complete. The stream is closed and the
+// settings kept in the background; the library waits for that, and for every file still
+// being finished, before the process ends.
 int dscap_stop(dscap_handle h);
 ICameraControl* dscap_get_interface(dscap_handle h, int which);
 
 int dscap_fPreviewing(dscap_handle h);
+// 1 from a successful dscap_start_capture until the recording ends (not while its file is
+// being finished).
 int dscap_fCapturing(dscap_handle h);
 int dscap_fSource(dscap_handle h);
+// dscap_can_grabber, dscap_video_size and dscap_grabber look at the newest frame without
+// counting it as shown; only dscap_draw does that.
 int dscap_can_grabber(dscap_handle h);
 int dscap_video_size(dscap_handle h, int* width, int* height);
 // Fills a packed bitmap block: a 40-byte info header and 24-bit bottom-up rows padded to 4
 // bytes, ((width * 24 + 31) / 32) * 4 * height + 40 bytes for the current video size.
 int dscap_grabber(dscap_handle h, void* dib, int a, int b, int c, int d, int e);
 
-// Asks the application for a file through the hook, then records until stopped.
+// Asks the application for a file through the hook, then records until stopped. Fails
+// (0, with dscap_last_error) when the camera stopped previewing while the hook ran; a file
+// that was there before is never removed. When this camera's last recording, or any
+// recording of the file chosen, is still being finished, waits for that first (so the
+// recording messages alternate and no file is written twice at once). Posts the recording
+// message with 1 when recording begins.
 int dscap_start_capture(dscap_handle h);
+// Ends the recording at once: dscap_fCapturing is 0 when it returns and a new recording may
+// start. The file is finished in the background; the recording message with 0 is posted
+// when it is complete and playable. A recording that ends by itself (write error: event
+// DSCAP_EVENT_RECORD_FAILED; camera gone: DSCAP_EVENT_DEVICE_LOST) posts the recording
+// message with 0 once its file is complete, and the event after it.
 int dscap_stop_capture(dscap_handle h);
 
 // What the view draws: the newest processed frame, packed BGR rows top-down.
@@ -106,7 +127,8 @@ int dscap_draw(dscap_handle h, dscap_draw_fn draw, void* context);
 // Handles the notify message; returns DSCAP_NOTIFY_* flags.
 int dscap_notify(dscap_handle h, std::uintptr_t wParam, std::intptr_t lParam);
 
-// Frames per second the camera delivers and the view shows, over the last second.
+// Frames per second the camera delivers and the view shows (distinct frames dscap_draw
+// drew), over the last second.
 int dscap_get_property(dscap_handle h, double* cameraFps, double* shownFps);
 
 // Switches the picture size to the camera's resolution of that index.
@@ -125,7 +147,10 @@ void dscap_free_capability(dscap_capability* table);
 int dscap_last_error(dscap_handle h, char* text, std::size_t size);
 
 // The camera's controls beyond the control interface (focus, sharpness, backlight...), as
-// its property dialog shows them.
+// its property dialog shows them. The demo camera has "Focus" (integer 0..100, sharp at
+// its default 50, blurred either side), "Lamp intensity" (integer 0..100 %, default 100),
+// "Stage drift" (boolean, the slow wander of the stage) and "Lamp filter" (menu: None,
+// Daylight blue, Green). They are not kept with the camera's settings.
 enum {
     DSCAP_CONTROL_INTEGER = 0,
     DSCAP_CONTROL_BOOLEAN = 1,

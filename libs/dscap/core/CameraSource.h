@@ -92,9 +92,9 @@ struct ExtraControl {
     std::vector<std::pair<std::int32_t, std::string>> menu; // value, label
 };
 
-// A camera backend. The describing calls (isColour .. maxSpeed) give fixed answers and may
-// be called from any thread; start, stop, apply, read, realExposureTime and the extra
-// controls are called from one thread at a time (the library's capture thread, or the
+// A camera backend. The describing calls (isColour .. maxSpeed, expectedExposureTime) give
+// fixed answers and may be called from any thread; start, stop, apply, read, realExposureTime and
+// the extra controls are called from one thread at a time (the library's capture thread, or the
 // caller's thread while no capture thread runs).
 class CameraSource {
 public:
@@ -107,6 +107,14 @@ public:
     virtual ValueRange<std::uint16_t> gainRange() const = 0;
     virtual int maxSpeed() const = 0;
     virtual int defaultSpeed() const = 0;
+    // The exposure time apply() would put in force for these settings (snapped as the
+    // device snaps it), without touching the device.
+    virtual std::uint32_t expectedExposureTime(const SensorSettings& settings) const {
+        const auto range = exposureRange();
+        return settings.exposureUs < range.min   ? range.min
+               : settings.exposureUs > range.max ? range.max
+                                                 : settings.exposureUs;
+    }
 
     // Opens the stream at the resolution of that index; false with lastError() when the
     // device refuses.

@@ -1,5 +1,6 @@
 #include "dscap/core/Device.h"
 
+#include "dscap/core/BackgroundJobs.h"
 #include "dscap/core/CameraControl.h"
 #include "dscap/processing/AutoExposure.h"
 #include "dscap/processing/ColourTemperature.h"
@@ -69,6 +70,13 @@ std::string suggestedRecordingPath() {
     return (folder / name).string();
 }
 
+// The background jobs' key of a recording file, the same however the path was written.
+std::string fileKey(const std::string& path) {
+    std::error_code ec;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, ec);
+    return "file:" + (ec ? std::filesystem::path(path) : absolute).lexically_normal().string();
+}
+
 } // namespace
 
 Device::Device(dscap_handle handle, CameraInfo info, std::unique_ptr<CameraSource> source,
@@ -76,7 +84,7 @@ Device::Device(dscap_handle handle, CameraInfo info, std::unique_ptr<CameraSourc
     : handle_(handle), info_(std::move(info)), source_(std::move(source)),
       frameWindow_(frameWindow), viewWindow_(viewWindow), context_(std::move(context)),
       colour_(source_->isColour()), features_(source_->features()),
-      resolutions_(source_->resolutions()) {
+      resolutions_(source_->resolutions()), hasExtraControls_(!source_->extraControls().empty()) {
     ControlValues defaults;
     defaults.exposureUs = source_->exposureRange().def;
     defaults.gain = source_->gainRange().def;
@@ -149,18 +157,51 @@ ControlValues Device::values() const {
     return values_;
 }
 
+Device::State Device::state() const {
+    std::lock_guard lock(mutex_);
+    return state_;
+}
+
+bool Device::setState(State to) {
+    const State from = state_;
+    bool allowed = false;
+    switch (to) {
+    case State::Opened:
+        break;
+    case State::Previewing:
+        allowed = from == State::Opened || from == State::Recording;
+        break;
+    case State::Recording:
+        allowed = from == State::Previewing;
+        break;
+    case State::Lost:
+        allowed = from == State::Previewing || from == State::Recording;
+        break;
+    case State::Closed:
+        allowed = from != State::Closed;
+        break;
+    }
+    if (!allowed)
+        return false;
+    state_ = to;
+    if (!live())
+        whiteBalancePending_ = false;
+    return true;
+}
+
 bool Device::hasSource() const {
     std::lock_guard lock(mutex_);
-    return state_ != State::Closed && !lost_;
+    return state_ != State::Closed && state_ != State::Lost;
 }
 
 bool Device::previewing() const {
     std::lock_guard lock(mutex_);
-    return state_ == State::Previewing && !lost_;
+    return live();
 }
 
 bool Device::recording() const {
-    return recording_.load();
+    std::lock_guard lock(mutex_);
+    return state_ == State::Recording;
 }
 
 std::string Device::lastError() const {
@@ -175,7 +216,10 @@ void Device::setError(const std::string& error) {
 
 void Device::post(void* window, unsigned message, std::uintptr_t wParam,
                   std::intptr_t lParam) const {
-    if (context_.hooks.post && message != 0)
+    if (!context_.hooks.post || message == 0)
+        return;
+    std::lock_guard lock(callbackMutex_);
+    if (!quiet_)
         context_.hooks.post(window, message, wParam, lParam);
 }
 
@@ -183,7 +227,7 @@ bool Device::start() {
     ControlValues v;
     {
         std::lock_guard lock(mutex_);
-        if (state_ != State::Opened || lost_)
+        if (state_ != State::Opened)
             return false;
         v = values_;
         appliedVersion_ = version_;
@@ -197,29 +241,53 @@ bool Device::start() {
     }
     {
         std::lock_guard lock(mutex_);
-        state_ = State::Previewing;
+        if (!setState(State::Previewing))
+            return false;
     }
-    stopRequested_ = false;
-    thread_ = std::thread([this] { run(); });
+    try {
+        thread_ = std::thread([this, index = v.resolutionIndex] { run(index); });
+    } catch (const std::system_error&) {
+        std::lock_guard lock(mutex_);
+        error_ = "The capture thread cannot be started.";
+        setState(State::Lost);
+        return false;
+    }
     return true;
 }
 
-void Device::stop() {
-    stopRecording();
+void Device::close() {
+    std::unique_ptr<VideoRecorder> recorder;
+    std::string path;
     {
-        std::lock_guard lock(mutex_);
-        if (state_ == State::Closed)
+        std::scoped_lock lock(recordMutex_, mutex_);
+        if (!setState(State::Closed))
             return;
-        state_ = State::Closed;
+        recorder = std::move(recorder_);
+        path = std::move(recordingPath_);
     }
-    stopRequested_ = true;
-    applied_.notify_all();
-    if (thread_.joinable())
-        thread_.join();
-    source_->stop();
-    saveSettings();
-    std::lock_guard lock(callbackMutex_);
-    callbacks_ = {};
+    {
+        // Waits for a callback or post under way; none starts after.
+        std::lock_guard lock(callbackMutex_);
+        callbacks_ = {};
+        quiet_ = true;
+    }
+    if (recorder)
+        finishRecording(std::move(recorder), path, 0);
+}
+
+void Device::release() {
+    std::call_once(releaseOnce_, [&] {
+        // The thread ends at its next look at the state: within a read timeout and a frame.
+        if (thread_.joinable())
+            thread_.join();
+        source_->stop();
+        saveSettings();
+    });
+}
+
+void Device::stop() {
+    close();
+    release();
 }
 
 void Device::saveSettings() {
@@ -227,24 +295,12 @@ void Device::saveSettings() {
         context_.settings->save(info_.id, values());
 }
 
-std::uint32_t Device::realExposureTime() {
-    std::unique_lock lock(mutex_);
-    if (state_ == State::Opened && appliedVersion_ != version_) {
-        // No capture thread: apply here so the answer is the camera's.
-        const ControlValues v = values_;
-        appliedVersion_ = version_;
-        lock.unlock();
-        source_->apply(sensorSettings(v));
-        realExposure_ = source_->realExposureTime();
+std::uint32_t Device::realExposureTime() const {
+    std::lock_guard lock(mutex_);
+    // Sliders ask on every step: never wait for the capture thread to apply the setting.
+    if (appliedVersion_ == version_)
         return realExposure_;
-    }
-    if (state_ == State::Previewing && !lost_) {
-        // A new setting reaches the camera within a read; wait for it, briefly.
-        const std::uint64_t wanted = version_;
-        applied_.wait_for(lock, std::chrono::seconds(1),
-                          [&] { return appliedVersion_ >= wanted || stopRequested_ || lost_; });
-    }
-    return realExposure_;
+    return source_->expectedExposureTime(sensorSettings(values_));
 }
 
 void Device::applyPending(std::uint64_t& appliedVersion, FrameProcessor& processor) {
@@ -293,10 +349,9 @@ void Device::applyPending(std::uint64_t& appliedVersion, FrameProcessor& process
         appliedVersion_ = version;
     }
     appliedVersion = version;
-    applied_.notify_all();
 }
 
-void Device::run() {
+void Device::run(int streaming) {
     struct DropTasksAtExit {
         Device* device;
         ~DropTasksAtExit() { device->runTasks(true); }
@@ -309,15 +364,16 @@ void Device::run() {
     std::uint64_t savedVersion = 0;
     int sentWidth = 0, sentHeight = 0;
 
-    while (!stopRequested_) {
-        bool restart = false;
+    for (;;) {
         int index = 0;
         {
             std::lock_guard lock(mutex_);
-            restart = std::exchange(restart_, false);
+            if (!live())
+                return;
             index = values_.resolutionIndex;
         }
-        if (restart) {
+        if (index != streaming) {
+            streaming = index;
             source_->stop();
             appliedVersion = 0; // a reopened stream takes every setting again
             applyPending(appliedVersion, processor);
@@ -421,7 +477,7 @@ std::int32_t Device::startWhiteBalance(DSCAP_WHITEBALANCE_CALLBACK cb, void* ctx
         return ICameraControl::kNotSupported;
     {
         std::lock_guard lock(mutex_);
-        if (state_ != State::Previewing || lost_)
+        if (!live())
             return ICameraControl::kNotAvailable;
         whiteBalancePending_ = true;
         whiteBalanceRounds_ = 0;
@@ -535,43 +591,68 @@ void Device::outputChanged() {
 }
 
 void Device::recordFrame(const Image& picture, std::int64_t timestampNs) {
-    if (!recording_)
-        return;
     std::unique_lock lock(recordMutex_);
     if (!recorder_)
         return;
     recorder_->push(picture.data(), picture.stride(), timestampNs);
     if (!recorder_->failed())
         return;
-    const std::string error = recorder_->error();
-    std::unique_ptr<VideoRecorder> recorder = std::move(recorder_);
-    recording_ = false;
+    std::unique_ptr<VideoRecorder> recorder;
+    {
+        std::lock_guard stateLock(mutex_);
+        if (state_ != State::Recording || !setState(State::Previewing))
+            return;
+        recorder = std::move(recorder_);
+        error_ = recorder->error();
+    }
+    const std::string path = std::move(recordingPath_);
     lock.unlock();
-    recorder->close();
-    setError(error);
-    post(viewWindow_, context_.messages.recording, 0, 0);
-    post(frameWindow_, context_.messages.event, DSCAP_EVENT_RECORD_FAILED, 0);
+    finishRecording(std::move(recorder), path, DSCAP_EVENT_RECORD_FAILED);
+}
+
+void Device::finishRecording(std::unique_ptr<VideoRecorder> recorder, const std::string& path,
+                             int event) {
+    // Copies only: the device may be gone when the file is complete.
+    auto done = [post = context_.hooks.post, view = viewWindow_, frame = frameWindow_,
+                 stopped = context_.messages.recording, eventMessage = context_.messages.event,
+                 event] {
+        if (!post)
+            return;
+        if (stopped != 0)
+            post(view, stopped, 0, 0);
+        if (event != 0 && eventMessage != 0)
+            post(frame, eventMessage, static_cast<std::uintptr_t>(event), 0);
+    };
+    if (context_.jobs) {
+        const std::string key = fileKey(path);
+        {
+            std::lock_guard lock(recordMutex_);
+            finishingKey_ = key;
+        }
+        context_.jobs->run(
+            key, [file = std::shared_ptr<VideoRecorder>(std::move(recorder))] { file->close(); },
+            std::move(done));
+    } else {
+        recorder->close();
+        done();
+    }
 }
 
 void Device::lose(int event, const std::string& error) {
-    {
-        std::lock_guard lock(mutex_);
-        lost_ = true;
-        error_ = error;
-        whiteBalancePending_ = false;
-    }
-    applied_.notify_all();
     std::unique_ptr<VideoRecorder> recorder;
+    std::string path;
     {
-        std::lock_guard lock(recordMutex_);
+        std::scoped_lock lock(recordMutex_, mutex_);
+        if (!setState(State::Lost))
+            return; // closed meanwhile: nobody is to be told
+        error_ = error;
         recorder = std::move(recorder_);
-        recording_ = false;
+        path = std::move(recordingPath_);
     }
-    if (recorder) {
-        recorder->close();
-        post(viewWindow_, context_.messages.recording, 0, 0);
-    }
-    post(frameWindow_, context_.messages.event, static_cast<std::uintptr_t>(event), 0);
+    if (recorder) // the event follows the complete file
+        finishRecording(std::move(recorder), path, event);
+    else
+        post(frameWindow_, context_.messages.event, static_cast<std::uintptr_t>(event), 0);
 }
 
 // Work for the capture thread from another thread. The caller waits until it has run or
@@ -591,7 +672,7 @@ struct SourceTask {
 
 bool Device::withSource(const std::function<void(CameraSource&)>& work) {
     std::unique_lock lock(mutex_);
-    if (state_ == State::Closed || lost_)
+    if (state_ == State::Closed || state_ == State::Lost)
         return false;
     if (state_ == State::Opened) {
         lock.unlock();
@@ -655,14 +736,14 @@ bool Device::showDialog(int command) {
 bool Device::canGrab() {
     if (!hasSource())
         return false;
-    return exchange_.readNewest([](const Image&, bool) {});
+    return exchange_.peekNewest([](const Image&) {});
 }
 
 bool Device::videoSize(int& width, int& height) {
     if (!hasSource())
         return false;
     int w = 0, h = 0;
-    if (!exchange_.readNewest([&](const Image& picture, bool) {
+    if (!exchange_.peekNewest([&](const Image& picture) {
             w = picture.width();
             h = picture.height();
         })) {
@@ -683,7 +764,7 @@ bool Device::grab(void* dib) {
     if (!dib || !hasSource())
         return false;
     bool ok = false;
-    exchange_.readNewest([&](const Image& picture, bool) {
+    exchange_.peekNewest([&](const Image& picture) {
         // The caller sized the block from the last dscap_video_size; a picture of another
         // size would not fit.
         if (picture.width() != reportedWidth_ || picture.height() != reportedHeight_)
@@ -735,34 +816,28 @@ void Device::frameRates(double& camera, double& shown) {
 }
 
 bool Device::setResolution(int index) {
-    if (recording_)
+    std::lock_guard lock(mutex_);
+    // No size change under a running recording; the capture thread sees the new index.
+    if ((state_ != State::Opened && state_ != State::Previewing) || index < 0 ||
+        index >= static_cast<int>(resolutions_.size()))
         return false;
-    {
-        std::lock_guard lock(mutex_);
-        if (state_ == State::Closed || lost_ || index < 0 ||
-            index >= static_cast<int>(resolutions_.size()))
-            return false;
-        if (index == values_.resolutionIndex)
-            return true;
-        const Resolution from = resolutions_[values_.resolutionIndex];
-        const Resolution to = resolutions_[index];
-        values_.resolutionIndex = index;
-        values_.whiteBalanceRegion =
-            clampRegion(scaleRegion(values_.whiteBalanceRegion, from, to), to.width, to.height);
-        values_.exposureRegion =
-            clampRegion(scaleRegion(values_.exposureRegion, from, to), to.width, to.height);
-        ++version_;
-        if (state_ == State::Previewing)
-            restart_ = true;
-    }
+    if (index == values_.resolutionIndex)
+        return true;
+    const Resolution from = resolutions_[values_.resolutionIndex];
+    const Resolution to = resolutions_[index];
+    values_.resolutionIndex = index;
+    values_.whiteBalanceRegion =
+        clampRegion(scaleRegion(values_.whiteBalanceRegion, from, to), to.width, to.height);
+    values_.exposureRegion =
+        clampRegion(scaleRegion(values_.exposureRegion, from, to), to.width, to.height);
+    ++version_;
     return true;
 }
 
 bool Device::startRecording() {
-    if (!previewing() || recording_)
+    if (state() != State::Previewing)
         return false;
-    int width = frameWidth_, height = frameHeight_;
-    if (width <= 0 || height <= 0) {
+    if (frameWidth_ <= 0 || frameHeight_ <= 0) {
         setError("There is no picture to record yet.");
         return false;
     }
@@ -772,6 +847,26 @@ bool Device::startRecording() {
     const std::string suggested = suggestedRecordingPath();
     if (!context_.hooks.recordFile(frameWindow_, suggested.c_str(), path, sizeof path) || !path[0])
         return false;
+    // The hook ran the application's event loop: the camera may have been unplugged, closed
+    // or set recording meanwhile, and its picture size may have changed.
+    if (state() != State::Previewing) {
+        setError("The camera stopped while the file was being chosen.");
+        return false;
+    }
+    const int width = frameWidth_, height = frameHeight_;
+    // The last recording's file must be complete first, so that the messages of the two
+    // cannot cross; and the file chosen may be one still being finished elsewhere.
+    if (context_.jobs) {
+        std::string earlier;
+        {
+            std::lock_guard lock(recordMutex_);
+            earlier = finishingKey_;
+        }
+        if (!earlier.empty())
+            context_.jobs->waitFor(earlier);
+        context_.jobs->waitFor(fileKey(path));
+    }
+
     VideoRecorder::Options options;
     options.path = path;
     options.width = width;
@@ -779,6 +874,8 @@ bool Device::startRecording() {
     double camera = 0, shown = 0;
     frameRates(camera, shown);
     options.fps = camera > 0 ? camera : 30.0;
+    std::error_code ec;
+    const bool existed = std::filesystem::exists(options.path, ec);
     std::string error;
     std::unique_ptr<VideoRecorder> recorder = VideoRecorder::open(options, error);
     if (!recorder) {
@@ -786,9 +883,20 @@ bool Device::startRecording() {
         return false;
     }
     {
-        std::lock_guard lock(recordMutex_);
-        recorder_ = std::move(recorder);
-        recording_ = true;
+        std::scoped_lock lock(recordMutex_, mutex_);
+        if (setState(State::Recording)) {
+            recorder_ = std::move(recorder);
+            recordingPath_ = path;
+        } else {
+            error_ = "The camera stopped while the recording was being prepared.";
+        }
+    }
+    if (recorder) {
+        // Lost the race with the capture thread: take back the file this call made.
+        recorder->close();
+        if (!existed)
+            std::filesystem::remove(options.path, ec);
+        return false;
     }
     post(viewWindow_, context_.messages.recording, 1, 0);
     return true;
@@ -796,15 +904,15 @@ bool Device::startRecording() {
 
 bool Device::stopRecording() {
     std::unique_ptr<VideoRecorder> recorder;
+    std::string path;
     {
-        std::lock_guard lock(recordMutex_);
+        std::scoped_lock lock(recordMutex_, mutex_);
+        if (state_ != State::Recording || !setState(State::Previewing))
+            return false;
         recorder = std::move(recorder_);
-        recording_ = false;
+        path = std::move(recordingPath_);
     }
-    if (!recorder)
-        return false;
-    recorder->close();
-    post(viewWindow_, context_.messages.recording, 0, 0);
+    finishRecording(std::move(recorder), path, 0);
     return true;
 }
 

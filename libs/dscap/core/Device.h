@@ -21,22 +21,42 @@
 
 namespace dscap {
 
+class BackgroundJobs;
 class CameraControl;
 class VideoRecorder;
 
-// What a device needs from the library: where to post, what to post, where settings live.
+// What a device needs from the library: where to post, what to post, where settings live,
+// who runs the work its caller must not wait for (finishing a recording).
 struct DeviceContext {
     dscap_messages messages{};
     dscap_hooks hooks{};
     std::shared_ptr<const CameraSettings> settings;
+    std::shared_ptr<BackgroundJobs> jobs; // none: recordings are finished in place
 };
 
-// One opened camera: its state (opened, previewing, recording, closed), its capture
-// thread, the newest processed frame, the recorder and the values of the control interface.
-// Every public call is safe in any state; calls in the wrong state fail.
+// One opened camera: its state, its capture thread, the newest processed frame, the
+// recorder and the values of the control interface. Every public call is safe in any
+// state; calls in the wrong state fail.
+//
+// State changes, all made by setState, which refuses any other:
+//
+//   from         to          by
+//   Opened       Previewing  start()
+//   Previewing   Recording   startRecording(), once the file is open
+//   Recording    Previewing  stopRecording(), or a write error (capture thread)
+//   Previewing   Lost        the camera went away or its stream failed (capture thread)
+//   Recording    Lost        the same; the recording is finished
+//   Opened,
+//   Previewing,
+//   Recording,
+//   Lost         Closed      close() (or stop()); final
+//
+// A recording leaving Recording is finished in the background (the file's end written);
+// that is no state of the device, which may go on previewing, record again (after waiting
+// for the file) or close meanwhile.
 class Device : public std::enable_shared_from_this<Device> {
 public:
-    enum class State { Opened, Previewing, Closed };
+    enum class State { Opened, Previewing, Recording, Lost, Closed };
 
     Device(dscap_handle handle, CameraInfo info, std::unique_ptr<CameraSource> source,
            void* frameWindow, void* viewWindow, DeviceContext context);
@@ -49,8 +69,17 @@ public:
     std::shared_ptr<CameraControl> controlObject() const;
 
     bool start();
-    // Stops recording and preview, keeps the settings; the device is closed for good.
+    // Closes the device for good at once: no callback and no message (but the end of a
+    // recording, see stopRecording) comes after it returns. The capture thread ends by itself
+    // within a frame; release() waits for that.
+    void close();
+    // After close(): waits for the capture thread, stops the stream and keeps the settings.
+    // Once only.
+    void release();
+    // close() and release().
     void stop();
+    State state() const;
+    const std::string& id() const { return info_.id; }
 
     bool previewing() const;
     bool recording() const;
@@ -62,7 +91,11 @@ public:
     int notify();
     void frameRates(double& camera, double& shown);
     bool setResolution(int index);
+    // Asks for the file through the hook and records to it. Refuses when the device stopped
+    // previewing while the hook ran, without touching a file that was there before.
     bool startRecording();
+    // Ends the recording at once (recording() is false on return); the file is finished in
+    // the background and the "recording stopped" message is posted when it is complete.
     bool stopRecording();
     std::vector<Resolution> resolutions() const { return resolutions_; }
     std::string lastError() const;
@@ -74,7 +107,9 @@ public:
     // Runs change(values) under the lock; a change that returns a negative status is
     // dropped, any other is applied to the camera.
     template <typename F> std::int32_t change(F&& change);
-    std::uint32_t realExposureTime();
+    // The exposure time in force for the current settings, from what is already known:
+    // the camera's report once the settings reached it, else the source's prediction.
+    std::uint32_t realExposureTime() const;
     const Histogram* lastHistogram(Histogram& copy) const;
     std::int32_t startWhiteBalance(DSCAP_WHITEBALANCE_CALLBACK cb, void* ctx);
     void setHistogramCallback(DSCAP_HISTOGRAM_CALLBACK cb, void* ctx);
@@ -87,6 +122,8 @@ public:
     // capture thread while it runs (waiting for it briefly), else here.
     std::vector<ExtraControl> extraControls();
     bool setExtraControl(std::uint32_t id, std::int32_t value);
+    // Whether there are any, known from the opening: the menus ask on every update.
+    bool hasExtraControls() const { return hasExtraControls_; }
     // Hands the property dialog of that command to the application's hook.
     bool showDialog(int command);
 
@@ -102,7 +139,11 @@ private:
         void* whiteBalanceContext = nullptr;
     };
 
-    void run();
+    // Under mutex_: moves to `to` when the table above allows it.
+    bool setState(State to);
+    bool live() const { return state_ == State::Previewing || state_ == State::Recording; }
+    // The capture thread, its stream started at the resolution of that index.
+    void run(int streaming);
     // Runs the task with the source to itself; false when the device is gone or the
     // capture thread did not get to it in time.
     bool withSource(const std::function<void(CameraSource&)>& task);
@@ -112,7 +153,10 @@ private:
     void whiteBalanceStep(const SourceFrame& frame);
     void deliverHistogram(const Histogram& histogram);
     void recordFrame(const Image& picture, std::int64_t timestampNs);
-    void finishRecording(bool failed, const std::string& error);
+    // Finishes the file in the background, then posts "recording stopped" and the event
+    // (when not 0) to the frame, even when the device has been closed meanwhile.
+    void finishRecording(std::unique_ptr<VideoRecorder> recorder, const std::string& path,
+                         int event);
     void lose(int event, const std::string& error);
     void post(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) const;
     SensorSettings sensorSettings(const ControlValues& v) const;
@@ -129,6 +173,7 @@ private:
     const bool colour_;
     const std::uint32_t features_;
     const std::vector<Resolution> resolutions_;
+    const bool hasExtraControls_;
     std::shared_ptr<CameraControl> control_;
 
     mutable std::mutex mutex_; // guards the fields below up to the next blank line
@@ -136,24 +181,25 @@ private:
     ControlValues values_;
     std::uint64_t version_ = 1; // bumped by every change of values_
     std::uint64_t appliedVersion_ = 0;
-    bool restart_ = false; // the capture thread is to reopen the stream (new resolution)
-    bool whiteBalancePending_ = false;
+    bool whiteBalancePending_ = false; // only while live(); setState clears it
     int whiteBalanceRounds_ = 0;
-    bool lost_ = false;
     std::string error_;
     Histogram lastHistogram_;
     bool hasHistogram_ = false;
-    std::condition_variable applied_;
     std::deque<std::shared_ptr<struct SourceTask>> tasks_; // for the capture thread
 
-    std::recursive_mutex callbackMutex_; // callbacks run under it, so removal is final
+    // Callbacks and posts run under it, so removal is final.
+    mutable std::recursive_mutex callbackMutex_;
     Callbacks callbacks_;
+    bool quiet_ = false; // closed: nothing more is posted
 
+    // Taken before mutex_ when both are needed. Guards recorder_, which is set exactly while
+    // the state is Recording.
     std::mutex recordMutex_;
     std::unique_ptr<VideoRecorder> recorder_;
-    std::atomic<bool> recording_{false};
+    std::string recordingPath_;
+    std::string finishingKey_; // the background job of the last recording that ended
 
-    std::atomic<bool> stopRequested_{false};
     std::atomic<bool> notifyPending_{false};
     std::atomic<std::uint32_t> realExposure_{0};
     std::atomic<int> frameWidth_{0};
@@ -166,11 +212,12 @@ private:
     FrameRateMeter cameraRate_;
     FrameRateMeter shownRate_;
     std::thread thread_;
+    std::once_flag releaseOnce_;
 };
 
 template <typename F> std::int32_t Device::change(F&& change) {
     std::unique_lock lock(mutex_);
-    if (state_ == State::Closed || lost_)
+    if (state_ == State::Closed || state_ == State::Lost)
         return ICameraControl::kNotAvailable;
     ControlValues next = values_;
     const std::int32_t status = change(next);

@@ -1,5 +1,6 @@
 #include "dscap/core/Library.h"
 
+#include "dscap/core/BackgroundJobs.h"
 #include "dscap/core/CameraControl.h"
 #include "dscap/core/DemoProvider.h"
 #include "dscap/core/Device.h"
@@ -8,9 +9,24 @@
 
 namespace dscap {
 
+namespace {
+
+// The background jobs' key of a camera being released.
+std::string cameraKey(const std::string& id) {
+    return "camera:" + id;
+}
+
+} // namespace
+
 Library& Library::instance() {
     static Library library;
     return library;
+}
+
+Library::Library() : jobs_(std::make_shared<BackgroundJobs>()) {}
+
+Library::~Library() {
+    jobs_->silence();
 }
 
 void Library::init(const std::string& configHome, const std::string& company,
@@ -22,6 +38,10 @@ void Library::init(const std::string& configHome, const std::string& company,
     settings_ = std::make_shared<CameraSettings>(home, company, app);
     if (!customProviders_)
         providers_.clear(); // made again with the new settings
+}
+
+void Library::waitForBackgroundWork() {
+    jobs_->waitAll();
 }
 
 void Library::setHooks(const dscap_hooks& hooks) {
@@ -71,6 +91,8 @@ dscap_handle Library::open(const std::string& id, void* frameWindow, void* viewW
         candidates.push_back(it->second);
     for (const auto& provider : providers_)
         candidates.push_back(provider.get());
+    // The same camera just closed: its stream and settings must be let go of first.
+    jobs_->waitFor(cameraKey(id));
     std::string error;
     std::unique_ptr<CameraSource> source;
     CameraInfo info{id, {}, 0};
@@ -80,7 +102,7 @@ dscap_handle Library::open(const std::string& id, void* frameWindow, void* viewW
     }
     if (!source)
         return nullptr;
-    DeviceContext context{messages_, hooks_, settings_};
+    DeviceContext context{messages_, hooks_, settings_, jobs_};
     const std::uintptr_t handle = nextHandle_++;
     auto device =
         std::make_shared<Device>(reinterpret_cast<dscap_handle>(handle), info, std::move(source),
@@ -105,11 +127,18 @@ bool Library::close(dscap_handle handle) {
         device = std::move(it->second);
         devices_.erase(it);
     }
-    device->stop();
-    if (auto control = device->controlObject()) {
+    device->close();
+    {
         std::lock_guard lock(mutex_);
-        retired_.push_back(std::move(control));
+        if (auto control = device->controlObject())
+            retired_.push_back(std::move(control));
     }
+    // The job holds the last reference, so the device also goes on that thread.
+    const std::string key = cameraKey(device->id());
+    jobs_->run(key, [device = std::move(device)]() mutable {
+        device->release();
+        device.reset();
+    });
     return true;
 }
 

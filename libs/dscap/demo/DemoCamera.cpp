@@ -1,5 +1,6 @@
 #include "dscap/demo/DemoCamera.h"
 
+#include "dscap/demo/Defocus.h"
 #include "dscap/demo/SensorModel.h"
 #include "dscap/demo/SlideRenderer.h"
 #include "dscap/processing/AutoExposure.h"
@@ -7,10 +8,19 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
+#include <condition_variable>
 #include <ctime>
+#include <map>
+#include <mutex>
 #include <numbers>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <tuple>
+#include <utility>
 
 namespace dscap {
 namespace {
@@ -37,6 +47,47 @@ constexpr double kLumaWeights[3] = {0.114, 0.587, 0.299};
 
 // The stage wanders on a smooth path, a few pixels a second, within the slide's margin.
 constexpr double kDriftAmplitude = Slide::kMargin - 4;
+
+// The demo's own controls, for its property dialog.
+enum DemoControl : std::uint32_t {
+    kControlFocus = 1,
+    kControlLamp = 2,
+    kControlDrift = 3,
+    kControlFilter = 4,
+};
+constexpr int kFocusBest = 50;
+constexpr double kBlurPerFocusStep = 0.4; // full-resolution pixels of blur radius
+enum LampFilter : int { kFilterNone = 0, kFilterDaylight = 1, kFilterGreen = 2 };
+constexpr double kDaylightKelvin = 5500;
+constexpr RgbGains kGreenFilter{0.12, 0.85, 0.10};
+
+// Rendering the slide takes a few tenths of a second, so it happens on a thread of its own
+// and once per seed and sensor kind in the process: the demo camera opened again shows its
+// first frame at once. The few slides there can be stay for the process's life.
+class SlideCache {
+public:
+    using Key = std::pair<std::uint32_t, bool>; // seed, colour
+    static std::shared_ptr<const Slide> find(const Key& key) {
+        std::lock_guard lock(mutex());
+        const auto it = slides().find(key);
+        return it == slides().end() ? nullptr : it->second;
+    }
+    static void keep(const Key& key, const std::shared_ptr<const Slide>& slide) {
+        std::lock_guard lock(mutex());
+        slides()[key] = slide;
+    }
+
+private:
+    // Never destroyed: cameras may still be let go of while the process ends.
+    static std::mutex& mutex() {
+        static auto* m = new std::mutex;
+        return *m;
+    }
+    static std::map<Key, std::shared_ptr<const Slide>>& slides() {
+        static auto* s = new std::map<Key, std::shared_ptr<const Slide>>;
+        return *s;
+    }
+};
 
 std::int64_t monotonicNs() {
     timespec ts{};
@@ -68,6 +119,11 @@ public:
     ValueRange<std::uint16_t> gainRange() const override { return kGainRange; }
     int maxSpeed() const override { return kMaxSpeed; }
     int defaultSpeed() const override { return kMaxSpeed; }
+    std::uint32_t expectedExposureTime(const SensorSettings& s) const override {
+        return snapToMains(std::clamp(s.exposureUs, kExposureRange.min, kExposureRange.max),
+                           std::clamp(s.lightSource, 0, 2), kExposureRange.min, kExposureRange.max);
+    }
+    ~DemoCamera() override;
 
     bool start(int resolutionIndex) override;
     void stop() override;
@@ -75,16 +131,38 @@ public:
     std::uint32_t realExposureTime() const override { return realExposure_; }
     ReadStatus read(SourceFrame& frame, int timeoutMs) override;
     std::string lastError() const override { return error_; }
+    std::vector<ExtraControl> extraControls() override;
+    bool setExtraControl(std::uint32_t id, std::int32_t value) override;
 
 private:
     std::int64_t framePeriodNs() const;
+    // The slide once its thread has rendered it, waiting at most timeoutNs (negative: as long
+    // as it takes); nullptr when it is not there yet.
+    const Slide* slide(std::int64_t timeoutNs);
+    void updateLamp();
+    const SlideTexture& texture(int factor, bool skip);
     void render(std::int64_t timestampNs, std::uint8_t* out);
 
     const DemoOptions options_;
-    std::unique_ptr<Slide> slide_;
-    SensorModel sensor_;
+    std::optional<SensorModel> sensor_;  // made by the first read: its noise takes a while
+    std::array<double, 3> lampColour_{}; // B, G, R of the bare lamp, or the grey weights
     std::array<double, 3> lamp_{};
     const std::int64_t openNs_;
+
+    std::mutex slideMutex_; // guards rendered_
+    std::condition_variable slideReady_;
+    std::shared_ptr<const Slide> rendered_;
+    std::atomic<bool> cancelRender_{false};
+    std::thread renderer_;
+    std::shared_ptr<const Slide> slide_; // the reading thread's copy of rendered_
+
+    // The demo's own controls.
+    int focus_ = kFocusBest;
+    int lampPercent_ = 100;
+    bool drift_;
+    int filter_ = kFilterNone;
+    SlideTexture blurred_; // the texture in use, defocused; made again when any key changes
+    std::tuple<int, int, bool> blurredKey_{-1, 0, false}; // radius, factor, skip
 
     SensorSettings settings_;
     std::uint32_t realExposure_ = kExposureRange.def;
@@ -97,8 +175,7 @@ private:
 };
 
 DemoCamera::DemoCamera(const DemoOptions& options)
-    : options_(options), sensor_(options.seed * 2654435761u + 1, kSensorWidth),
-      openNs_(monotonicNs()) {
+    : options_(options), openNs_(monotonicNs()), drift_(options.drift) {
     // The sensor is balanced for daylight, so the lamp's own colour reaches the raw picture.
     const RgbGains light = lightColour(kLampKelvin);
     const double colour[3] = {light.b, light.g, light.r};
@@ -109,21 +186,150 @@ DemoCamera::DemoCamera(const DemoOptions& options)
     slide.colour = options.colour;
     if (options.colour) {
         for (int c = 0; c < 3; ++c)
-            lamp_[c] = kGreenAtFullLight * colour[c];
+            lampColour_[c] = colour[c];
     } else {
         // A grey sensor sees the luma of what the colour sensor would.
-        double sum = 0;
         for (int c = 0; c < 3; ++c) {
             slide.greyWeights[c] = kLumaWeights[c] * colour[c];
-            sum += slide.greyWeights[c];
+            lampColour_[c] = slide.greyWeights[c];
         }
-        lamp_[0] = kGreenAtFullLight * sum;
     }
-    slide_ = SlideRenderer(slide).render();
+    updateLamp();
 
     settings_.exposureUs = kExposureRange.def;
     settings_.gain = kGainRange.def;
     settings_.speed = kMaxSpeed;
+
+    const SlideCache::Key key{options.seed, options.colour};
+    if ((rendered_ = SlideCache::find(key)))
+        return;
+    try {
+        renderer_ = std::thread([this, slide, key] {
+            std::shared_ptr<const Slide> done = SlideRenderer(slide).render(&cancelRender_);
+            if (!done)
+                return;
+            SlideCache::keep(key, done);
+            std::lock_guard lock(slideMutex_);
+            rendered_ = std::move(done);
+            slideReady_.notify_all();
+        });
+    } catch (const std::system_error&) {
+        rendered_ = SlideRenderer(slide).render(); // no thread to be had: the slow way
+    }
+}
+
+DemoCamera::~DemoCamera() {
+    cancelRender_ = true;
+    if (renderer_.joinable())
+        renderer_.join();
+}
+
+const Slide* DemoCamera::slide(std::int64_t timeoutNs) {
+    if (!slide_) {
+        std::unique_lock lock(slideMutex_);
+        if (timeoutNs < 0)
+            slideReady_.wait(lock, [&] { return rendered_ != nullptr; });
+        else
+            slideReady_.wait_for(lock, std::chrono::nanoseconds(timeoutNs),
+                                 [&] { return rendered_ != nullptr; });
+        slide_ = rendered_;
+    }
+    return slide_.get();
+}
+
+void DemoCamera::updateLamp() {
+    RgbGains filter;
+    if (filter_ == kFilterDaylight) {
+        // A blue glass that makes the lamp look like daylight, losing light to do so.
+        const RgbGains from = lightColour(kLampKelvin), to = lightColour(kDaylightKelvin);
+        filter = {to.b / from.b, to.g / from.g, to.r / from.r};
+        const double top = std::max({filter.b, filter.g, filter.r});
+        filter = {filter.b / top, filter.g / top, filter.r / top};
+    } else if (filter_ == kFilterGreen) {
+        filter = kGreenFilter;
+    }
+    const double through[3] = {filter.b, filter.g, filter.r};
+    const double level = kGreenAtFullLight * lampPercent_ / 100.0;
+    if (options_.colour) {
+        for (int c = 0; c < 3; ++c)
+            lamp_[c] = level * lampColour_[c] * through[c];
+    } else {
+        double sum = 0;
+        for (int c = 0; c < 3; ++c)
+            sum += lampColour_[c] * through[c];
+        lamp_ = {level * sum, 0, 0};
+    }
+}
+
+std::vector<ExtraControl> DemoCamera::extraControls() {
+    ExtraControl focus{kControlFocus, "Focus", ExtraControl::Integer, 0, 100, 1, kFocusBest,
+                       focus_,        {}};
+    ExtraControl lamp{
+        kControlLamp, "Lamp intensity", ExtraControl::Integer, 0, 100, 1, 100, lampPercent_, {}};
+    ExtraControl drift{kControlDrift,
+                       "Stage drift",
+                       ExtraControl::Boolean,
+                       0,
+                       1,
+                       1,
+                       options_.drift ? 1 : 0,
+                       drift_ ? 1 : 0,
+                       {}};
+    ExtraControl filter{
+        kControlFilter,
+        "Lamp filter",
+        ExtraControl::Menu,
+        kFilterNone,
+        kFilterGreen,
+        1,
+        kFilterNone,
+        filter_,
+        {{kFilterNone, "None"}, {kFilterDaylight, "Daylight blue"}, {kFilterGreen, "Green"}}};
+    return {focus, lamp, drift, filter};
+}
+
+bool DemoCamera::setExtraControl(std::uint32_t id, std::int32_t value) {
+    switch (id) {
+    case kControlFocus:
+        if (value < 0 || value > 100)
+            return false;
+        focus_ = value;
+        return true;
+    case kControlLamp:
+        if (value < 0 || value > 100)
+            return false;
+        lampPercent_ = value;
+        updateLamp();
+        return true;
+    case kControlDrift:
+        if (value != 0 && value != 1)
+            return false;
+        drift_ = value != 0;
+        return true;
+    case kControlFilter:
+        if (value < kFilterNone || value > kFilterGreen)
+            return false;
+        filter_ = value;
+        updateLamp();
+        return true;
+    default:
+        return false;
+    }
+}
+
+const SlideTexture& DemoCamera::texture(int factor, bool skip) {
+    const SlideTexture& sharp = slide_->texture(factor, skip);
+    const int radius =
+        static_cast<int>(std::lround(std::abs(focus_ - kFocusBest) * kBlurPerFocusStep / factor));
+    if (radius == 0)
+        return sharp;
+    // Made once per change of focus or sampling, not per frame.
+    const std::tuple<int, int, bool> key{radius, factor, skip};
+    if (key != blurredKey_) {
+        blurred_ = defocus(sharp, radius);
+        blurredKey_ = key;
+    }
+    return blurred_;
 }
 
 bool DemoCamera::start(int resolutionIndex) {
@@ -131,9 +337,6 @@ bool DemoCamera::start(int resolutionIndex) {
         error_ = "The demo camera has no resolution " + std::to_string(resolutionIndex) + ".";
         return false;
     }
-    const Resolution r = kResolutions[static_cast<std::size_t>(resolutionIndex)];
-    for (auto& buffer : buffers_)
-        buffer.resize(static_cast<std::size_t>(r.width) * r.height * 3);
     resolution_ = resolutionIndex;
     started_ = true;
     lastFrameNs_ = monotonicNs();
@@ -167,6 +370,16 @@ ReadStatus DemoCamera::read(SourceFrame& frame, int timeoutMs) {
         error_ = "The demo camera is not started.";
         return ReadStatus::Timeout;
     }
+    // Until the slide is there, the camera is still warming up: nothing to show yet, and
+    // the stream's clock starts when it is.
+    if (!slide_) {
+        const std::int64_t waitNs =
+            options_.unpaced ? -1 : static_cast<std::int64_t>(std::max(timeoutMs, 0)) * 1'000'000;
+        if (!slide(waitNs))
+            return ReadStatus::Timeout;
+        if (!options_.unpaced)
+            lastFrameNs_ = monotonicNs();
+    }
     const std::int64_t period = framePeriodNs();
     std::int64_t due = lastFrameNs_ + period;
     if (!options_.unpaced) {
@@ -183,10 +396,12 @@ ReadStatus DemoCamera::read(SourceFrame& frame, int timeoutMs) {
         sleepUntil(due);
     }
     lastFrameNs_ = due;
+    const Resolution r = kResolutions[static_cast<std::size_t>(resolution_)];
     std::vector<std::uint8_t>& buffer = buffers_[static_cast<std::size_t>(nextBuffer_)];
     nextBuffer_ ^= 1;
+    // Sized here, on the reading thread: at full size that is tens of megabytes to clear.
+    buffer.resize(static_cast<std::size_t>(r.width) * r.height * 3);
     render(due, buffer.data());
-    const Resolution r = kResolutions[static_cast<std::size_t>(resolution_)];
     frame.bgr = buffer.data();
     frame.width = r.width;
     frame.height = r.height;
@@ -201,7 +416,7 @@ void DemoCamera::render(std::int64_t timestampNs, std::uint8_t* out) {
     const bool skip = settings_.sampling == kSamplingSkip;
 
     int dx = Slide::kMargin, dy = Slide::kMargin;
-    if (options_.drift) {
+    if (drift_) {
         const double t = static_cast<double>(timestampNs - openNs_) * 1e-9;
         constexpr double tau = 2 * std::numbers::pi;
         dx += static_cast<int>(std::lround(
@@ -218,8 +433,10 @@ void DemoCamera::render(std::int64_t timestampNs, std::uint8_t* out) {
     e.lineTimeS = 1.0 / kFrameRates[resolution_][kMaxSpeed] / r.height;
     e.noiseDivisor = skip ? 1 : factor;
     e.startNs = timestampNs;
-    sensor_.expose(slide_->texture(factor, skip), dx / factor, dy / factor, r.width, r.height, e,
-                   out, r.width * 3);
+    if (!sensor_)
+        sensor_.emplace(options_.seed * 2654435761u + 1, kSensorWidth);
+    sensor_->expose(texture(factor, skip), dx / factor, dy / factor, r.width, r.height, e, out,
+                    r.width * 3);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 namespace dscap {
@@ -231,7 +233,7 @@ SlideRenderer::SlideRenderer(const Options& options)
       layout_(SlideLayout::generate(options.width + 2 * Slide::kMargin,
                                     options.height + 2 * Slide::kMargin, options.seed)) {}
 
-std::unique_ptr<Slide> SlideRenderer::render() const {
+std::unique_ptr<Slide> SlideRenderer::render(const std::atomic<bool>* cancel) const {
     auto slide = std::make_unique<Slide>();
     const int channels = options_.colour ? 3 : 1;
     const int width = layout_.width, height = layout_.height;
@@ -260,57 +262,81 @@ std::unique_ptr<Slide> SlideRenderer::render() const {
     const float scaleY = 2.0f / static_cast<float>(options_.height);
     constexpr int step = SlideLayout::kFieldStep;
 
-    Band band(width, layout_.fieldWidth);
-    for (int top = 0; top < height; top += kBandRows) {
-        band.reset(top, std::min(kBandRows, height - top));
-        for (const Cell& cell : layout_.cells)
-            paintCell(band, cell);
-        for (const Fibre& fibre : layout_.fibres)
-            paintFibre(band, fibre);
-        for (const Mote& mote : layout_.motes)
-            paintMote(band, mote);
-        for (const Haze& haze : layout_.hazes)
-            paintHaze(band, haze);
+    // Bands are independent and write disjoint rows of every texture, so two threads take
+    // alternate ones: the first frame of the demo camera waits for this.
+    std::atomic<bool> cancelled{false};
+    const auto paint = [&](int firstBand, int bandStride) {
+        Band band(width, layout_.fieldWidth);
+        for (int top = firstBand * kBandRows; top < height; top += bandStride * kBandRows) {
+            if (cancelled || (cancel && cancel->load(std::memory_order_relaxed))) {
+                cancelled = true;
+                return;
+            }
+            band.reset(top, std::min(kBandRows, height - top));
+            for (const Cell& cell : layout_.cells)
+                paintCell(band, cell);
+            for (const Fibre& fibre : layout_.fibres)
+                paintFibre(band, fibre);
+            for (const Mote& mote : layout_.motes)
+                paintMote(band, mote);
+            for (const Haze& haze : layout_.hazes)
+                paintHaze(band, haze);
 
-        for (int y = band.y0; y < band.y0 + band.rows; ++y) {
-            const float ty = static_cast<float>(y % step) / step;
-            for (int fx = 0; fx < layout_.fieldWidth; ++fx) {
-                const float a = layout_.field(fx, y / step), b = layout_.field(fx, y / step + 1);
-                band.fieldRow[fx] = a + (b - a) * ty;
-            }
-            const float ry = (static_cast<float>(y) - centreY) * scaleY;
-            const std::size_t first = band.index(0, y);
-            float* trans = &band.transmittance[first * channels];
-            std::uint8_t* full = slide->full.row(y);
-            for (int x = 0; x < width; ++x) {
-                const float tx = static_cast<float>(x % step) / step;
-                const float rx = (static_cast<float>(x) - centreX) * scaleX;
-                const float* f = &band.fieldRow[x / step];
-                const float background = baseDensity + f[0] + (f[1] - f[0]) * tx +
-                                         kVignetteDensity * 0.5f * (rx * rx + ry * ry);
-                const float h = band.haem[first + x], e = band.eosin[first + x],
-                            p = band.pigment[first + x];
-                float t[3];
-                for (int c = 0; c < 3; ++c) {
-                    const float density =
-                        background + h * kHaem[c] + e * kEosin[c] + p * kPigment[c];
-                    const int i = static_cast<int>(density * kDensitySteps + 0.5f);
-                    t[c] = table[std::clamp(i, 0, kDensityEntries - 1)];
+            for (int y = band.y0; y < band.y0 + band.rows; ++y) {
+                if (cancel && cancel->load(std::memory_order_relaxed)) {
+                    cancelled = true;
+                    return;
                 }
-                if (channels == 3) {
+                const float ty = static_cast<float>(y % step) / step;
+                for (int fx = 0; fx < layout_.fieldWidth; ++fx) {
+                    const float a = layout_.field(fx, y / step),
+                                b = layout_.field(fx, y / step + 1);
+                    band.fieldRow[fx] = a + (b - a) * ty;
+                }
+                const float ry = (static_cast<float>(y) - centreY) * scaleY;
+                const std::size_t first = band.index(0, y);
+                float* trans = &band.transmittance[first * channels];
+                std::uint8_t* full = slide->full.row(y);
+                for (int x = 0; x < width; ++x) {
+                    const float tx = static_cast<float>(x % step) / step;
+                    const float rx = (static_cast<float>(x) - centreX) * scaleX;
+                    const float* f = &band.fieldRow[x / step];
+                    const float background = baseDensity + f[0] + (f[1] - f[0]) * tx +
+                                             kVignetteDensity * 0.5f * (rx * rx + ry * ry);
+                    const float h = band.haem[first + x], e = band.eosin[first + x],
+                                p = band.pigment[first + x];
+                    float t[3];
                     for (int c = 0; c < 3; ++c) {
-                        trans[3 * x + c] = t[c];
-                        full[3 * x + c] = sampleCode(t[c]);
+                        const float density =
+                            background + h * kHaem[c] + e * kEosin[c] + p * kPigment[c];
+                        const int i = static_cast<int>(density * kDensitySteps + 0.5f);
+                        t[c] = table[std::clamp(i, 0, kDensityEntries - 1)];
                     }
-                } else {
-                    trans[x] = grey[0] * t[0] + grey[1] * t[1] + grey[2] * t[2];
-                    full[x] = sampleCode(trans[x]);
+                    if (channels == 3) {
+                        for (int c = 0; c < 3; ++c) {
+                            trans[3 * x + c] = t[c];
+                            full[3 * x + c] = sampleCode(t[c]);
+                        }
+                    } else {
+                        trans[x] = grey[0] * t[0] + grey[1] * t[1] + grey[2] * t[2];
+                        full[x] = sampleCode(trans[x]);
+                    }
                 }
             }
+            sampleBand(band, channels, 2, slide->bin2, slide->skip2);
+            sampleBand(band, channels, 4, slide->bin4, slide->skip4);
         }
-        sampleBand(band, channels, 2, slide->bin2, slide->skip2);
-        sampleBand(band, channels, 4, slide->bin4, slide->skip4);
+    };
+    std::thread helper;
+    try {
+        helper = std::thread(paint, 1, 2);
+    } catch (const std::system_error&) {
     }
+    paint(0, helper.joinable() ? 2 : 1);
+    if (helper.joinable())
+        helper.join();
+    if (cancelled)
+        return nullptr;
     return slide;
 }
 

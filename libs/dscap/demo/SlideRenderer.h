@@ -4,6 +4,7 @@
 #include "dscap/demo/SlideTexture.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -25,8 +26,9 @@ public:
 
     explicit SlideRenderer(const Options& options);
 
-    // Every texture of the slide, with Slide::kMargin around the field of view.
-    std::unique_ptr<Slide> render() const;
+    // Every texture of the slide, with Slide::kMargin around the field of view; nullptr when
+    // cancel was set meanwhile (it is looked at every row).
+    std::unique_ptr<Slide> render(const std::atomic<bool>* cancel = nullptr) const;
 
 private:
     Options options_;

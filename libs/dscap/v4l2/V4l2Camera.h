@@ -42,6 +42,9 @@ public:
     void stop() override;
     void apply(const SensorSettings& settings) override;
     std::uint32_t realExposureTime() const override { return realExposure_.load(); }
+    std::uint32_t expectedExposureTime(const SensorSettings& settings) const override {
+        return controls_.expectedExposure(settings);
+    }
     ReadStatus read(SourceFrame& frame, int timeoutMs) override;
     std::string lastError() const override;
 

@@ -266,6 +266,15 @@ bool V4l2Controls::write(V4l2Device& device, std::uint32_t id, std::int32_t valu
     return false;
 }
 
+std::uint32_t V4l2Controls::expectedExposure(const SensorSettings& s) const {
+    const ControlInfo* c =
+        (features_ & kFeatureExposureTime) ? find(V4L2_CID_EXPOSURE_ABSOLUTE) : nullptr;
+    if (!c)
+        return 0;
+    const std::int32_t units = clampToStep(double(s.exposureUs) / kExposureUnitUs, *c);
+    return static_cast<std::uint32_t>(std::max(0, units)) * kExposureUnitUs;
+}
+
 int V4l2Controls::apply(V4l2Device& device, const SensorSettings& s, std::uint32_t& realExposure) {
     int error = 0;
     if (const ControlInfo* menu = find(V4L2_CID_EXPOSURE_AUTO)) {

@@ -42,6 +42,9 @@ public:
     // the errno of the first write that failed. realExposure is set to the exposure the
     // device reports after a change of exposure.
     int apply(V4l2Device& device, const SensorSettings& settings, std::uint32_t& realExposure);
+    // The exposure apply() would write for these settings, in microseconds; 0 without an
+    // exposure control. Reads only what query() found, so any thread may ask.
+    std::uint32_t expectedExposure(const SensorSettings& settings) const;
 
     std::vector<ExtraControl> extraControls(V4l2Device& device) const;
     // 0, EINVAL for a control that is not an extra one or a value it does not take, or the

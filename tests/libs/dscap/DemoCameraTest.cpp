@@ -2,6 +2,7 @@
 // binning, the lamp's flicker against the light-source setting, frame pacing, colour.
 #include "dscap/demo/DemoCamera.h"
 
+#include "dscap/demo/Defocus.h"
 #include "dscap/processing/ColourTemperature.h"
 
 #include <gtest/gtest.h>
@@ -294,6 +295,31 @@ TEST_F(DemoCameraTest, DriftMovesTheSlideWithinItsMargin) {
     const Picture still = take(slow, 2);
     const double noiseOnly = meanChange(still, grab(*camera_));
     EXPECT_GT(meanChange(first, later), 3 * noiseOnly);
+}
+
+TEST(Defocus, SpreadsAnEdgeOverTheWindowAndKeepsFlatAreas) {
+    SlideTexture t;
+    t.width = 40;
+    t.height = 12;
+    t.channels = 3;
+    t.samples.assign(t.stride() * t.height, 200);
+    for (int y = 0; y < t.height; ++y)
+        for (int x = 20; x < t.width; ++x)
+            for (int c = 0; c < 3; ++c)
+                t.row(y)[x * 3 + c] = 20;
+    EXPECT_EQ(defocus(t, 0).samples, t.samples);
+    const SlideTexture soft = defocus(t, 3);
+    ASSERT_EQ(soft.samples.size(), t.samples.size());
+    for (int y : {0, 6, 11}) {
+        const std::uint8_t* row = soft.row(y);
+        EXPECT_EQ(row[5 * 3 + 1], 200) << "flat, edges included";
+        EXPECT_EQ(row[35 * 3 + 1], 20);
+        EXPECT_EQ(row[16 * 3 + 1], 200) << "just outside the window";
+        EXPECT_EQ(row[23 * 3 + 1], 20);
+        // Inside it a ramp, falling step by step.
+        for (int x = 17; x < 23; ++x)
+            EXPECT_GT(row[x * 3 + 1], row[(x + 1) * 3 + 1]) << x;
+    }
 }
 
 } // namespace

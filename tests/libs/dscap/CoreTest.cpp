@@ -1,0 +1,107 @@
+// The capture library's own plumbing: the frame exchange's shown count and the background
+// jobs that finish recordings and release cameras.
+#include "dscap/core/BackgroundJobs.h"
+#include "dscap/core/FrameExchange.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+namespace dscap {
+namespace {
+
+using namespace std::chrono_literals;
+
+void publish(FrameExchange& exchange, int width) {
+    exchange.back().resize(width, 1);
+    exchange.publish();
+}
+
+TEST(FrameExchange, OnlyReadingCountsAFrameAsShownAndPeekingSeesTheNewest) {
+    FrameExchange exchange;
+    EXPECT_FALSE(exchange.peekNewest([](const Image&) {}));
+    publish(exchange, 10);
+    int width = 0;
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(exchange.peekNewest([&](const Image& p) { width = p.width(); }));
+    EXPECT_EQ(width, 10);
+    int unshown = 0;
+    auto read = [&] {
+        exchange.readNewest([&](const Image& p, bool isNew) {
+            width = p.width();
+            unshown += isNew;
+        });
+    };
+    read();
+    read();
+    EXPECT_EQ(unshown, 1) << "peeked first, still shown once";
+    publish(exchange, 20);
+    publish(exchange, 30);
+    exchange.peekNewest([&](const Image& p) { width = p.width(); });
+    EXPECT_EQ(width, 30);
+    read();
+    EXPECT_EQ(unshown, 2);
+}
+
+TEST(BackgroundJobs, WaitAllWaitsForEveryJobAndSilenceDropsOnlyTheNews) {
+    BackgroundJobs jobs;
+    std::atomic<int> worked{0}, told{0};
+    for (int i = 0; i < 3; ++i)
+        jobs.run(
+            "a",
+            [&] {
+                std::this_thread::sleep_for(50ms);
+                ++worked;
+            },
+            [&] { ++told; });
+    jobs.waitAll();
+    EXPECT_EQ(worked, 3);
+    EXPECT_EQ(told, 3);
+
+    jobs.run(
+        "b",
+        [&] {
+            std::this_thread::sleep_for(50ms);
+            ++worked;
+        },
+        [&] { ++told; });
+    jobs.silence();
+    jobs.waitAll();
+    EXPECT_EQ(worked, 4);
+    EXPECT_EQ(told, 3);
+}
+
+TEST(BackgroundJobs, WaitingForAKeyWaitsOnlyForItsJobs) {
+    BackgroundJobs jobs;
+    std::atomic<bool> release{false}, quickDone{false};
+    jobs.run("slow", [&] {
+        while (!release)
+            std::this_thread::sleep_for(1ms);
+    });
+    jobs.run("quick", [&] {
+        std::this_thread::sleep_for(30ms);
+        quickDone = true;
+    });
+    jobs.waitFor("quick");
+    EXPECT_TRUE(quickDone);
+    jobs.waitFor("nothing");
+    release = true;
+    jobs.waitFor("slow");
+}
+
+TEST(BackgroundJobs, GoingAwayFinishesWhatIsUnderWay) {
+    std::atomic<bool> finished{false};
+    {
+        BackgroundJobs jobs;
+        jobs.run("b", [&] {
+            std::this_thread::sleep_for(100ms);
+            finished = true;
+        });
+    }
+    EXPECT_TRUE(finished);
+}
+
+} // namespace
+} // namespace dscap
