@@ -1,5 +1,6 @@
 // The browser as a user meets it: the program started on a folder of pictures fills the
 // thumbnail cache, keeps the chosen sort order, and deletes to the trash or for good.
+#include "BmpFile.h"
 #include "LanmiraRun.h"
 
 #include <QDir>
@@ -15,45 +16,12 @@
 #include <functional>
 
 using lanmira::e2e::LanmiraRun;
+using lanmira::e2e::writeBmp;
 
 namespace {
 
 const QString kMainWindow = QStringLiteral("^Lanmira$");
 constexpr int kStartMs = 30000;
-
-// A w × h 24-bit BMP of one colour.
-void writeBmp(const QString& path, int w, int h, quint8 shade) {
-    const int stride = (w * 3 + 3) / 4 * 4;
-    QByteArray b;
-    auto u16 = [&](quint16 v) { b.append(char(v & 0xFF)).append(char(v >> 8)); };
-    auto u32 = [&](quint32 v) {
-        u16(quint16(v & 0xFFFF));
-        u16(quint16(v >> 16));
-    };
-    b.append("BM");
-    u32(quint32(54 + stride * h));
-    u32(0);
-    u32(54);
-    u32(40);
-    u32(quint32(w));
-    u32(quint32(h));
-    u16(1);
-    u16(24);
-    for (int i = 0; i < 6; ++i)
-        u32(0);
-    for (int y = 0; y < h; ++y) {
-        QByteArray row(stride, '\0');
-        for (int x = 0; x < w; ++x) {
-            row[x * 3] = char(shade);
-            row[x * 3 + 1] = char((x * 255) / w);
-            row[x * 3 + 2] = char((y * 255) / h);
-        }
-        b.append(row);
-    }
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(b);
-}
 
 int filesUnder(const QString& folder) {
     int n = 0;
@@ -109,8 +77,8 @@ protected:
         run.setEnv(QStringLiteral("XDG_DATA_HOME"), m_disk.path() + QStringLiteral("/data"));
         ASSERT_TRUE(QDir().mkpath(folder()));
         for (int i = 0; i < kImages; ++i)
-            writeBmp(folder() + QStringLiteral("/img%1.bmp").arg(i), 40 + 30 * i, 30 + 10 * i,
-                     quint8(20 * i));
+            ASSERT_TRUE(writeBmp(folder() + QStringLiteral("/img%1.bmp").arg(i), 40 + 30 * i,
+                                 30 + 10 * i, quint8(20 * i)));
         // Not items, or items that give no thumbnail.
         QDir().mkpath(folder() + QStringLiteral("/sub"));
         QFile(folder() + QStringLiteral("/notes.txt")).open(QIODevice::WriteOnly);
@@ -162,7 +130,7 @@ TEST_F(BrowserE2E, DeleteMovesToTheTrashAndShiftDeleteDeletesForGood) {
     EXPECT_TRUE(QFile::exists(folder() + QStringLiteral("/notes.txt")));
 
     // A new picture is noticed by the periodic check, then goes for good.
-    writeBmp(folder() + QStringLiteral("/late.bmp"), 64, 48, 200);
+    ASSERT_TRUE(writeBmp(folder() + QStringLiteral("/late.bmp"), 64, 48, 200));
     ASSERT_TRUE(waitFor([&] { return filesUnder(cache()) == kImages + 1; }, 20000));
     // This time with the mouse: click the picture, then Shift+click the toolbar's Delete.
     // (Without a window manager the keyboard does not come back to the window after a

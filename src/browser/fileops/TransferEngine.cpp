@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +25,10 @@ namespace {
 constexpr std::size_t kCopyChunk = 8 * 1024 * 1024;
 constexpr std::size_t kBufferSize = 1024 * 1024;
 constexpr int kTempAttempts = 100;
+// Copies waiting for one flush together: enough to share the flush, little enough that the
+// names appear as the transfer goes.
+constexpr std::size_t kPendingFiles = 32;
+constexpr std::int64_t kPendingBytes = 64 * 1024 * 1024;
 
 struct Fd {
     int fd = -1;
@@ -120,6 +125,14 @@ TransferEngine::TransferEngine(Mode mode, QList<QByteArray> sources, QByteArray 
         m_target.chop(1);
 }
 
+TransferEngine::~TransferEngine() {
+    // run() finishes what it wrote; this is for an engine left mid-way.
+    for (const Pending& p : m_pending) {
+        ::close(p.fd);
+        ::unlink(p.temp.constData());
+    }
+}
+
 TransferEngine::Progress TransferEngine::progress() const {
     std::lock_guard lock(m_progressLock);
     return m_progress;
@@ -196,6 +209,8 @@ TransferEngine::Result TransferEngine::run() {
         if (transfer(top.path, top.st, join(m_target, baseName(top.path))) == Outcome::Cancelled)
             break;
     }
+    // Copies written before a cancel are whole: they end as they would have one by one.
+    finishPending();
     m_result.cancelled = m_cancel.load();
     m_state.store(State::Finished);
     return m_result;
@@ -245,6 +260,9 @@ TransferEngine::Outcome TransferEngine::transferFile(const QByteArray& source,
                                                      const QByteArray& target) {
     const std::int64_t bytes = S_ISREG(st.st_mode) ? st.st_size : 0;
     bool replace = false;
+    // A waiting copy to the same name (two sources of one name) is asked about as any other.
+    if (pendingTarget(target))
+        finishPending();
     struct stat ts {};
     if (::lstat(target.constData(), &ts) == 0) {
         if (ts.st_dev == st.st_dev && ts.st_ino == st.st_ino) {
@@ -276,21 +294,61 @@ TransferEngine::Outcome TransferEngine::transferFile(const QByteArray& source,
             return Outcome::Failed;
         }
     }
-    const Outcome copied = copyFile(source, st, target, replace);
-    if (copied != Outcome::Done)
-        return copied;
-    if (m_mode == Mode::Move) {
-        // The copy is flushed and named; only now may the source go.
-        syncFolder(folderOf(target));
-        if (::unlink(source.constData()) != 0 && errno != ENOENT) {
-            fail(source, formatText(i18n_stringW("ids_lanmira_transfer_copiedonly"),
-                                    {QString::fromLocal8Bit(std::strerror(errno))}));
-            return Outcome::Failed;
+    // Counted, and a moved source removed, once the copy is flushed and named.
+    return copyFile(source, st, target, replace);
+}
+
+bool TransferEngine::pendingTarget(const QByteArray& target) const {
+    return std::any_of(m_pending.begin(), m_pending.end(),
+                       [&](const Pending& p) { return p.target == target; });
+}
+
+bool TransferEngine::finishPending() {
+    bool ok = true;
+    std::vector<const Pending*> named;
+    for (Pending& p : m_pending) {
+        int error = 0;
+        bool good = ::fsync(p.fd) == 0;
+        if (!good)
+            error = errno;
+        // Close and check: a late write error (NFS, a full quota) shows only here.
+        if (::close(p.fd) != 0 && good)
+            good = false, error = errno;
+        p.fd = -1;
+        if (good && !moveIntoPlace(p.temp, p.target, p.replace, &error))
+            good = false;
+        if (!good) {
+            ::unlink(p.temp.constData());
+            fail(p.source, error);
+            ok = false;
+            continue;
         }
+        named.push_back(&p);
     }
-    ++m_result.transferred;
-    fileDone(0); // the bytes were counted as they went
-    return Outcome::Done;
+    if (m_mode == Mode::Move) {
+        // The copies are flushed and named; only now may the sources go.
+        std::vector<QByteArray> folders;
+        for (const Pending* p : named) {
+            const QByteArray folder = folderOf(p->target);
+            if (std::find(folders.begin(), folders.end(), folder) == folders.end())
+                folders.push_back(folder);
+        }
+        for (const QByteArray& folder : folders)
+            syncFolder(folder);
+    }
+    for (const Pending* p : named) {
+        if (m_mode == Mode::Move && ::unlink(p->source.constData()) != 0 && errno != ENOENT) {
+            fail(p->source, formatText(i18n_stringW("ids_lanmira_transfer_copiedonly"),
+                                       {QString::fromLocal8Bit(std::strerror(errno))}));
+            ok = false;
+            continue;
+        }
+        ++m_result.transferred;
+        fileDone(0); // the bytes were counted as they went
+    }
+    m_pending.clear();
+    m_pendingBytes = 0;
+    return ok;
 }
 
 TransferEngine::Outcome TransferEngine::transferFolder(const QByteArray& source,
@@ -348,6 +406,8 @@ TransferEngine::Outcome TransferEngine::transferFolder(const QByteArray& source,
             return o;
         complete = complete && o == Outcome::Done;
     }
+    // The folder's own mode and time come after everything in it has its name.
+    complete = finishPending() && complete;
     if (!exists) {
         ::chmod(target.constData(), st.st_mode & 07777);
         const struct timespec times[2] = {st.st_atim, st.st_mtim};
@@ -428,6 +488,16 @@ TransferEngine::Outcome TransferEngine::copyFile(const QByteArray& source, const
             fail(source, error);
             return Outcome::Failed;
         }
+        if (m_mode == Mode::Move) {
+            syncFolder(folder);
+            if (::unlink(source.constData()) != 0 && errno != ENOENT) {
+                fail(source, formatText(i18n_stringW("ids_lanmira_transfer_copiedonly"),
+                                        {QString::fromLocal8Bit(std::strerror(errno))}));
+                return Outcome::Failed;
+            }
+        }
+        ++m_result.transferred;
+        fileDone(0);
         return Outcome::Done;
     }
 
@@ -455,23 +525,24 @@ TransferEngine::Outcome TransferEngine::copyFile(const QByteArray& source, const
     bool ok = copyBytes(in.fd, out.fd, source, &error);
     if (ok && ::fchmod(out.fd, st.st_mode & 07777) != 0)
         ok = false, error = errno;
-    if (ok && ::fsync(out.fd) != 0)
-        ok = false, error = errno;
     if (ok) {
         const struct timespec times[2] = {st.st_atim, st.st_mtim};
         ::futimens(out.fd, times);
     }
-    if (!out.close() && ok)
-        ok = false, error = errno;
-    if (ok && !moveIntoPlace(temp, target, replace, &error))
-        ok = false;
     if (!ok) {
+        out.close();
         ::unlink(temp.constData());
         if (m_cancel.load())
             return Outcome::Cancelled;
         fail(source, error);
         return Outcome::Failed;
     }
+    // Flushed, then named, together with the next few.
+    m_pending.push_back({out.fd, temp, target, source, replace});
+    out.fd = -1;
+    m_pendingBytes += st.st_size;
+    if (m_pending.size() >= kPendingFiles || m_pendingBytes >= kPendingBytes)
+        finishPending();
     return Outcome::Done;
 }
 

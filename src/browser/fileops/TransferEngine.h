@@ -56,6 +56,9 @@ public:
     };
 
     TransferEngine(Mode mode, QList<QByteArray> sources, QByteArray targetFolder, Hooks hooks);
+    ~TransferEngine();
+    TransferEngine(const TransferEngine&) = delete;
+    TransferEngine& operator=(const TransferEngine&) = delete;
 
     // Worker thread; once.
     Result run();
@@ -81,6 +84,10 @@ private:
     bool copyBytes(int from, int to, const QByteArray& source, int* error);
     bool writeAll(int fd, const char* data, std::size_t size, int* error);
     bool moveIntoPlace(const QByteArray& temp, const QByteArray& target, bool replace, int* error);
+    // Flushes the copies waiting under temporary names, then names them (and, moving,
+    // removes their sources); false when one of them failed.
+    bool finishPending();
+    bool pendingTarget(const QByteArray& target) const;
     // Asks about an existing target; Replace or Skip, or Cancelled.
     Outcome resolveConflict(const QByteArray& target, bool* replace);
 
@@ -99,6 +106,18 @@ private:
     bool m_haveAnswerForAll = false;
     Conflict m_answerForAll = Conflict::Skip;
     Result m_result;
+
+    // A copy written whole, waiting for its flush. Flushing several at once lets one journal
+    // commit and one device flush serve them all.
+    struct Pending {
+        int fd;
+        QByteArray temp;
+        QByteArray target;
+        QByteArray source;
+        bool replace;
+    };
+    std::vector<Pending> m_pending;
+    std::int64_t m_pendingBytes = 0;
 
     mutable std::mutex m_progressLock; // guards m_progress
     Progress m_progress;
