@@ -16,7 +16,7 @@ namespace lanmira {
 namespace {
 
 // How often the pump asks the source for news while it is enabled.
-constexpr int kPumpMs = 10;
+constexpr int kPumpMs = 4;
 
 void copyText(char* out, std::size_t size, const char* text) {
     std::memset(out, 0, size);

@@ -4,7 +4,7 @@
 #include "browser/BrowserList.h"
 #include "browser/CFoldersPane.h"
 #include "browser/CView1.h"
-#include "camera/frame/CaptureNamer.h"
+#include "browser/ScanSaver.h"
 #include "camera/frame/CaptureWriter.h"
 #include "camera/frame/VideoFrameHost.h"
 #include "i18n/i18n.h"
@@ -57,7 +57,7 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
       m_view(new CView1(start.company, start.app, start.programFolder, this)),
       m_folders(new CFoldersPane(start.folder, this)), m_position(new QLabel(this)),
       m_name(new QLabel(this)), m_image(new QLabel(this)),
-      m_capture(dynamic_cast<VideoFrameHost*>(&host)), m_writer(new CaptureWriter(this)) {
+      m_capture(dynamic_cast<VideoFrameHost*>(&host)), m_saver(new ScanSaver(this)) {
     setWindowTitle(i18n_stringW("ids_lanmira_browser_title"));
     m_view->setObjectName(QStringLiteral("browserView"));
     setCentralWidget(m_view);
@@ -94,8 +94,8 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
         m_twain = TwainSettings::read([this](const char* key, int def) {
             return m_capture->readSetting(QStringLiteral("Twain"), QString::fromLatin1(key), def);
         });
-    connect(m_writer, &CaptureWriter::saved, this, &CMainFrame1::acquired);
-    connect(m_writer, &CaptureWriter::failed, this, &CMainFrame1::saveFailed);
+    connect(m_saver->writer(), &CaptureWriter::saved, this, &CMainFrame1::acquired);
+    connect(m_saver->writer(), &CaptureWriter::failed, this, &CMainFrame1::saveFailed);
 
     m_view->startBrowser();
     m_view->setFocus();
@@ -154,18 +154,9 @@ void CMainFrame1::OnCloseRequest() {
 
 void CMainFrame1::OnNativeImage(TW_HANDLE handle) {
     PackedDib picture = dibFromNativeHandle(handle);
-    if (!picture || !m_capture)
-        return;
-    const CaptureFormat format = m_capture->captureSettings();
-    int& counter = m_capture->captureCounter();
-    const auto exists = [this](const QString& path) {
-        return m_writer->isPending(path) || QFileInfo::exists(path);
-    };
-    const auto name = CaptureNamer::next(format.title, counter, format.extension, true, exists);
-    if (!name)
-        return;
-    m_writer->save(std::move(picture), *name, format);
-    ++counter;
+    if (m_capture)
+        m_saver->save(std::move(picture), m_capture->captureSettings(),
+                      m_capture->captureCounter());
 }
 
 void CMainFrame1::OnError(int) {

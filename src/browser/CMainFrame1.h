@@ -14,7 +14,7 @@ class QToolBar;
 
 namespace lanmira {
 
-class CaptureWriter;
+class ScanSaver;
 class CFoldersPane;
 class CView1;
 class VideoFrameHost;
@@ -48,7 +48,6 @@ public:
     // Ends any scanner session and unloads the manager (the program is closing).
     void releaseTwain() { ReturnToState(State::ManagerUnloaded); }
     TwainSettings& twainSettings() { return m_twain; }
-    CaptureWriter* captureWriter() const { return m_writer; }
 
     // CommandTarget
     bool onCommand(int id) override;
@@ -84,7 +83,7 @@ private:
     QLabel* m_image;
     // The application's capture naming and settings; null without one (tests).
     VideoFrameHost* m_capture;
-    CaptureWriter* m_writer;
+    ScanSaver* m_saver;
     TwainSettings m_twain;
 };
 

@@ -205,6 +205,8 @@ void ScanDialog::previewDone(const QImage& image) {
     setBusy(false, image.isNull() ? scanText("ids_lanmira_scan_previewfailed")
                                   : scanText("ids_lanmira_scan_hint"));
     m_preview->setPreview(image);
+    // The buttons were disabled while the preview ran, which took the focus away.
+    m_scanButton->setFocus();
 }
 
 void ScanDialog::scanFinished(const std::string& error, const std::string& detail) {
@@ -216,6 +218,7 @@ void ScanDialog::scanFinished(const std::string& error, const std::string& detai
     QString text = scanText(error.c_str());
     text.replace(QStringLiteral("%s"), QString::fromStdString(detail));
     setBusy(false, text);
+    m_scanButton->setFocus();
 }
 
 void ScanDialog::reject() {
