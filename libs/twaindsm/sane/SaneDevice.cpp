@@ -303,7 +303,8 @@ bool SaneDevice::configure(const ScanRequest& request, std::string& error) {
 
 SaneDevice::Result SaneDevice::scanPage(ScanPage& page, std::uint64_t memoryLimit,
                                         std::string& error) {
-    m_cancelled = false;
+    if (m_cancelled)
+        return Result::Cancelled;
     SANE_Status status = sane_start(m_handle);
     if (status == SANE_STATUS_NO_DOCS)
         return Result::NoMorePages;

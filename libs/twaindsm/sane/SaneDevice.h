@@ -66,8 +66,10 @@ public:
     bool configure(const ScanRequest& request, std::string& error);
     // Scans one page. Refuses, before allocating, a page of more than `memoryLimit` bytes.
     Result scanPage(ScanPage& page, std::uint64_t memoryLimit, std::string& error);
-    // Ends the batch after the last page, or stops a scan from another thread.
+    // Ends the batch after the last page, or stops a scan from another thread. A stop
+    // holds until the next batch begins, so a page started just after it is not scanned.
     void cancel();
+    void beginBatch() { m_cancelled = false; }
 
 private:
     int findOption(const char* name) const;

@@ -305,6 +305,7 @@ bool SaneSession::startScan() {
     // A flatbed gives one page per scan; a feeder as many as were asked for (-1: all).
     const bool feeder = m_device.hasFeeder();
     const int pages = feeder ? m_settings.xferCount : 1;
+    m_device.beginBatch();
     m_scanDone = false;
     {
         std::lock_guard lock(m_mutex);
@@ -393,6 +394,7 @@ bool SaneSession::startPreview(std::function<void(ScanPage)> done) {
     std::string error;
     if (!m_device.configure(request, error))
         return false;
+    m_device.beginBatch();
     m_scanDone = false;
     m_worker = std::thread([this, request, done = std::move(done)] {
         ScanPage page;

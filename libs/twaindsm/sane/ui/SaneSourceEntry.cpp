@@ -14,6 +14,21 @@ namespace {
 
 using twaindsm::SourceToolkit;
 
+// The dialog is a child of the application's window, which may be destroyed first: the
+// session's hold on it must not outlive it.
+class DialogHolder final : public twaindsm::SourceUi {
+public:
+    explicit DialogHolder(twaindsm::ScanDialog* dialog) : m_dialog(dialog) {}
+    ~DialogHolder() override { delete m_dialog.data(); }
+    void scanFinished(const std::string& error, const std::string& detail) override {
+        if (m_dialog)
+            m_dialog->scanFinished(error, detail);
+    }
+
+private:
+    QPointer<twaindsm::ScanDialog> m_dialog;
+};
+
 // Sources are handed their parent window as a QWidget pointer by this program; anything
 // else is ignored.
 QWidget* parentWidget(void* parent) {
@@ -27,7 +42,7 @@ SourceToolkit makeToolkit() {
         return toolkit;
     toolkit.makeDialog = [](twaindsm::SaneSession& session, void* parent) {
         return std::unique_ptr<twaindsm::SourceUi>(
-            new twaindsm::ScanDialog(session, parentWidget(parent)));
+            new DialogHolder(new twaindsm::ScanDialog(session, parentWidget(parent))));
     };
     toolkit.reportError = [](const std::string& error, const std::string& detail, void* parent) {
         QString text = twaindsm::scanText(error.c_str());

@@ -17,13 +17,14 @@ class PreviewArea;
 // The source's own dialog: the device, colour mode, resolution and scan area, a preview
 // scan, and Scan and Cancel. It never waits for the scanner: scans run on the session's
 // thread and their end comes back as scanFinished.
-class ScanDialog final : public QDialog, public SourceUi {
+class ScanDialog final : public QDialog {
     Q_OBJECT
 public:
     ScanDialog(SaneSession& session, QWidget* parent);
     ~ScanDialog() override;
 
-    void scanFinished(const std::string& error, const std::string& detail) override;
+    // The scan thread finished; see SourceUi.
+    void scanFinished(const std::string& error, const std::string& detail);
 
 protected:
     void reject() override;
