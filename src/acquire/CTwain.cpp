@@ -154,15 +154,15 @@ bool CTwain::Acquire() {
 
 bool CTwain::SelectSource() {
     const State start = m_state;
-    bool chosen = false;
+    m_selectReturn = TWRC_FAILURE;
     if ((m_state >= State::ManagerOpen ||
          ((m_state >= State::ManagerLoaded || loadManager()) && openManager()))) {
         TW_IDENTITY identity{};
         call(DG_CONTROL, DAT_IDENTITY, MSG_GETDEFAULT, &identity, false);
-        chosen = call(DG_CONTROL, DAT_IDENTITY, MSG_USERSELECT, &identity, false) == TWRC_SUCCESS;
+        m_selectReturn = call(DG_CONTROL, DAT_IDENTITY, MSG_USERSELECT, &identity, false);
     }
     ReturnToState(start);
-    return chosen;
+    return m_selectReturn == TWRC_SUCCESS;
 }
 
 bool CTwain::SetCapability(TW_UINT16 cap, TW_UINT16 itemType, TW_UINT32 value) {

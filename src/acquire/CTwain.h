@@ -36,7 +36,10 @@ public:
     CTwain& operator=(const CTwain&) = delete;
 
     bool Acquire();
+    // False when the user cancelled or there was nothing to choose; selectionFailed() tells
+    // which.
     bool SelectSource();
+    bool selectionFailed() const { return m_selectReturn == TWRC_FAILURE; }
     bool SetCapability(TW_UINT16 cap, TW_UINT16 itemType, TW_UINT32 value);
     TW_UINT16 ConditionCode();
     void ReturnToState(State target);
@@ -106,6 +109,7 @@ private:
     QWidget* m_owner;
     std::unique_ptr<QTimer> m_pumpTimer;
     int m_pumpDepth = 0;
+    TW_UINT16 m_selectReturn = TWRC_SUCCESS;
 };
 
 } // namespace lanmira

@@ -112,7 +112,9 @@ CMainFrame1::~CMainFrame1() {
 bool CMainFrame1::onCommand(int id) {
     switch (id) {
     case cmd::ID_TWAIN_SELECT:
-        SelectSource();
+        // A cancelled choice needs no word; no manager or no scanner does.
+        if (!SelectSource() && selectionFailed())
+            OnError(ErrorManager);
         return true;
     case cmd::ID_TWAIN_ACQUIRE:
         setShowUi(m_twain.showUi);

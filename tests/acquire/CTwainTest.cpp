@@ -114,6 +114,7 @@ TEST_F(CTwainTest, NoManagerIsErrorZeroInStateOne) {
     EXPECT_EQ(t.errors, std::vector<int>{CTwain::ErrorManager});
     EXPECT_EQ(t.state(), S::ManagerUnloaded);
     EXPECT_FALSE(t.SelectSource());
+    EXPECT_TRUE(t.selectionFailed());
     // A capability outside state 4 is refused with error 3.
     EXPECT_FALSE(t.SetCapability(ICAP_PIXELTYPE, TWTY_UINT16, TWPT_GRAY));
     EXPECT_EQ(t.errors.back(), CTwain::ErrorCapability);
@@ -236,6 +237,7 @@ TEST_F(CTwainTest, SelectSourceListsScannersAndReturnsToItsState) {
     ASSERT_TRUE(t.runUntil([&] { return t.state() == S::ManagerUnloaded; }));
     answerChooser(-1);
     EXPECT_FALSE(t.SelectSource());
+    EXPECT_FALSE(t.selectionFailed());
     EXPECT_EQ(t.state(), S::ManagerUnloaded);
 }
 
