@@ -226,7 +226,7 @@ TW_UINT16 SaneSession::nativeTransfer(TW_HANDLE* handle, TW_UINT16& condition) {
     ScanPage* page = nullptr;
     if (m_state != State::XferReady || !frontPage(page))
         return failWith(condition, TWCC_SEQERROR);
-    void* dib = PageConvert::toDib(*page);
+    void* dib = page->dib ? page->dib.release() : PageConvert::toDib(*page);
     if (!dib)
         return failWith(condition, TWCC_LOWMEMORY);
     *handle = dib;
@@ -312,12 +312,13 @@ bool SaneSession::startScan() {
         m_pages.clear();
         m_scanError.clear();
     }
-    m_worker =
-        std::thread(&SaneSession::scanBatch, this, request, pages, feeder, scanMemoryLimit());
+    m_worker = std::thread(&SaneSession::scanBatch, this, request, pages, feeder,
+                           m_settings.mechanism == TWSX_NATIVE, scanMemoryLimit());
     return true;
 }
 
-void SaneSession::scanBatch(ScanRequest request, int pages, bool feeder, std::uint64_t limit) {
+void SaneSession::scanBatch(ScanRequest request, int pages, bool feeder, bool native,
+                            std::uint64_t limit) {
     std::string error, detail;
     int taken = 0;
     while (pages < 0 || taken < pages) {
@@ -325,6 +326,13 @@ void SaneSession::scanBatch(ScanRequest request, int pages, bool feeder, std::ui
         page.dpi = request.dpi;
         const SaneDevice::Result r = m_device.scanPage(page, limit, detail);
         if (r == SaneDevice::Result::Ok) {
+            // A large page takes a while to turn around; better here than on the thread
+            // that asks for it.
+            if (native) {
+                page.dib.reset(PageConvert::toDib(page));
+                if (page.dib)
+                    std::vector<std::uint8_t>().swap(page.data);
+            }
             std::lock_guard lock(m_mutex);
             m_pages.push_back(std::move(page));
             ++taken;

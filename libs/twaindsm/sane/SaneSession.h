@@ -75,7 +75,7 @@ private:
     TW_UINT16 setupFile(TW_UINT16 msg, TW_SETUPFILEXFER* setup, TW_UINT16& condition);
     void setState(State s) { m_state = s; }
     void stopWorker();
-    void scanBatch(ScanRequest request, int pages, bool feeder, std::uint64_t limit);
+    void scanBatch(ScanRequest request, int pages, bool feeder, bool native, std::uint64_t limit);
     void batchFinished();
     bool frontPage(ScanPage*& page);
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <vector>
 
 namespace twaindsm {
@@ -15,6 +17,9 @@ struct ScanPage {
     std::uint32_t bytesPerLine = 0;
     double dpi = 0;
     std::vector<std::uint8_t> data;
+    // The page as a packed bitmap (a malloc block), made on the scan thread when the
+    // application takes native transfers; `data` is then released.
+    std::unique_ptr<void, decltype(&std::free)> dib{nullptr, &std::free};
 
     int bitsPerPixel() const { return kind == Kind::BlackWhite ? 1 : kind == Kind::Gray ? 8 : 24; }
 };
