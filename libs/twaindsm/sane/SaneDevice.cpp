@@ -264,15 +264,15 @@ bool SaneDevice::hasFeeder() const {
     return contains(source, "feeder") || contains(source, "adf");
 }
 
-void SaneDevice::applyExtraOptions(const std::string& spec) {
+void SaneDevice::applyExtraOptions(const std::string& pairs) {
     std::size_t start = 0;
-    while (start < spec.size()) {
-        std::size_t end = spec.find(';', start);
+    while (start < pairs.size()) {
+        std::size_t end = pairs.find(';', start);
         if (end == std::string::npos)
-            end = spec.size();
-        const std::string pair = spec.substr(start, end - start);
-        if (const auto eq = pair.find('='); eq != std::string::npos)
-            setString(pair.substr(0, eq).c_str(), pair.substr(eq + 1));
+            end = pairs.size();
+        const std::string one = pairs.substr(start, end - start);
+        if (const auto eq = one.find('='); eq != std::string::npos)
+            setString(one.substr(0, eq).c_str(), one.substr(eq + 1));
         start = end + 1;
     }
 }

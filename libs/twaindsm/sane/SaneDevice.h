@@ -60,7 +60,7 @@ public:
 
     // Applies `name=value` pairs separated by ';' (extra options an advanced user or a test
     // asks for through $LANMIRA_SANE_OPTIONS). Unknown names are skipped.
-    void applyExtraOptions(const std::string& spec);
+    void applyExtraOptions(const std::string& pairs);
 
     // Sets mode, depth, resolution and area; false with a reason when the device refuses.
     bool configure(const ScanRequest& request, std::string& error);
