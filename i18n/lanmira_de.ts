@@ -478,6 +478,121 @@ Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</transl
         <source>ids_calvora_camerapane_rgb</source>
         <translation>RGB</translation>
     </message>
+    <message>
+        <source>ids_lanmira_twain_error</source>
+        <translation>Ein TWAIN-Fehler ist aufgetreten.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_internal</source>
+        <translation>Interner Fehler bei der Vorbereitung der TWAIN-Übernahme.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_xfercount</source>
+        <translation>Die Anzahl der Übertragungen lässt sich nicht einstellen.
+Mit der Übernahme fortfahren?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_pixeltype</source>
+        <translation>Der Pixeltyp lässt sich nicht einstellen.
+Mit der Übernahme fortfahren?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_resolution</source>
+        <translation>Die Auflösung lässt sich nicht einstellen.
+Mit der Übernahme fortfahren?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_select_title</source>
+        <translation>Quelle auswählen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_select_sources</source>
+        <translation>&amp;Quellen:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_title</source>
+        <translation>Scannen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_device</source>
+        <translation>Gerät:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_mode</source>
+        <translation>&amp;Modus:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_bw</source>
+        <translation>Schwarzweiß</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_gray</source>
+        <translation>Graustufen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_colour</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_resolution</source>
+        <translation>&amp;Auflösung:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_left</source>
+        <translation>&amp;Links:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_top</source>
+        <translation>&amp;Oben:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_width</source>
+        <translation>&amp;Breite:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_height</source>
+        <translation>&amp;Höhe:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_preview</source>
+        <translation>&amp;Vorschau</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_scan</source>
+        <translation>&amp;Scannen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_hint</source>
+        <translation>Ziehen Sie über die Vorschau, um den Scanbereich zu wählen.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_scanning</source>
+        <translation>Scannen läuft...</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_refused</source>
+        <translation>Der Scanner hat diese Einstellungen nicht angenommen.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_previewfailed</source>
+        <translation>Die Vorschau ist fehlgeschlagen.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_feederempty</source>
+        <translation>Der Dokumenteneinzug ist leer.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_toolarge</source>
+        <translation>Der Scan ist größer als der freie Speicher. Wählen Sie einen kleineren Bereich oder eine geringere Auflösung.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_failed</source>
+        <translation>Der Scanner hat angehalten: %s</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -627,6 +742,14 @@ Klicken Sie auf OK, um fortzufahren, oder auf Abbrechen, um aufzuhören.</transl
     <message>
         <source>32865</source>
         <translation>&amp;Mehrseitiges Tiff...</translation>
+    </message>
+    <message>
+        <source>32895</source>
+        <translation>&amp;Twain: Gerät auswählen...</translation>
+    </message>
+    <message>
+        <source>32896</source>
+        <translation>Twain: &amp;Übernehmen...</translation>
     </message>
 </context>
 <context>

@@ -478,6 +478,121 @@ Click OK to go on, or Cancel to stop.</translation>
         <source>ids_calvora_camerapane_rgb</source>
         <translation>RGB</translation>
     </message>
+    <message>
+        <source>ids_lanmira_twain_error</source>
+        <translation>A TWAIN error occurred.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_internal</source>
+        <translation>Internal error while preparing for TWAIN acquire.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_xfercount</source>
+        <translation>Unable to set xfer count.
+Continue with Acquire?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_pixeltype</source>
+        <translation>Unable to set pixel type.
+Continue with Acquire?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_resolution</source>
+        <translation>Unable to set resolution.
+Continue with Acquire?</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_select_title</source>
+        <translation>Select Source</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_twain_select_sources</source>
+        <translation>&amp;Sources:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_title</source>
+        <translation>Scan</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_device</source>
+        <translation>Device:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_mode</source>
+        <translation>&amp;Mode:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_bw</source>
+        <translation>Black and white</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_gray</source>
+        <translation>Grey</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_colour</source>
+        <translation>Colour</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_resolution</source>
+        <translation>&amp;Resolution:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_left</source>
+        <translation>&amp;Left:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_top</source>
+        <translation>&amp;Top:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_width</source>
+        <translation>&amp;Width:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_height</source>
+        <translation>&amp;Height:</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_preview</source>
+        <translation>&amp;Preview</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_scan</source>
+        <translation>&amp;Scan</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_cancel</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_hint</source>
+        <translation>Drag over the preview to choose the area to scan.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_scanning</source>
+        <translation>Scanning...</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_refused</source>
+        <translation>The scanner did not accept these settings.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_previewfailed</source>
+        <translation>The preview scan failed.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_feederempty</source>
+        <translation>The document feeder is empty.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_toolarge</source>
+        <translation>The scan is larger than the memory free for it. Choose a smaller area or a lower resolution.</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_scan_failed</source>
+        <translation>The scanner stopped: %s</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -627,6 +742,14 @@ Click OK to go on, or Cancel to stop.</translation>
     <message>
         <source>32865</source>
         <translation>MultiPage &amp;Tiff...</translation>
+    </message>
+    <message>
+        <source>32895</source>
+        <translation>&amp;Twain: Select Device...</translation>
+    </message>
+    <message>
+        <source>32896</source>
+        <translation>Twain: &amp;Acquire...</translation>
     </message>
 </context>
 <context>

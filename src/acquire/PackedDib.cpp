@@ -73,6 +73,15 @@ PackedDib PackedDib::adoptImageLibBlock(void* block, std::size_t size) {
     return dib;
 }
 
+PackedDib PackedDib::adoptMallocBlock(void* block, std::size_t size) {
+    PackedDib dib;
+    if (!block)
+        return dib;
+    dib.m_block = {static_cast<std::uint8_t*>(block), DibBlockRelease{&std::free}};
+    dib.m_size = size;
+    return dib;
+}
+
 void PackedDib::reset() {
     m_block.reset();
     m_size = 0;

@@ -35,6 +35,8 @@ public:
     static PackedDib allocate(std::size_t size);
     // Takes over a block of `size` bytes from ImageLib_Open.
     static PackedDib adoptImageLibBlock(void* block, std::size_t size);
+    // Takes over a block of `size` bytes made with malloc (a scanner's native transfer).
+    static PackedDib adoptMallocBlock(void* block, std::size_t size);
 
     bool isNull() const { return !m_block; }
     explicit operator bool() const { return m_block != nullptr; }

@@ -486,6 +486,8 @@ bool CPellanoApp::queryClose(QMainWindow* frame) {
         return true;
     if (m_viewerFrame && !m_viewerFrame->view()->document().promptToSave())
         return false;
+    if (m_browserFrame)
+        m_browserFrame->releaseTwain();
     // The frame of the other mode is hidden; it is asked to close after this one, and the
     // program ends when both have gone.
     QMainWindow* other = browser ? static_cast<QMainWindow*>(m_viewerFrame.get())

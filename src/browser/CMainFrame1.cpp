@@ -1,19 +1,28 @@
 #include "browser/CMainFrame1.h"
 
+#include "acquire/NativeImage.h"
+#include "browser/BrowserList.h"
 #include "browser/CFoldersPane.h"
 #include "browser/CView1.h"
+#include "browser/ScanSaver.h"
 #include "browser/fileops/DropRequest.h"
+#include "camera/frame/CaptureWriter.h"
+#include "camera/frame/VideoFrameHost.h"
 #include "i18n/i18n.h"
 #include "platform/CommandIds.h"
 #include "platform/CommandRouter.h"
 #include "platform/FrameHost.h"
 #include "platform/PostedMessage.h"
+#include "platform/TextFormat.h"
 
 #include <QAction>
+#include <QDir>
+#include <QFileInfo>
 #include <QIcon>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
@@ -25,10 +34,12 @@ const MenuResource& CMainFrame1::menuResource() {
     using E = MenuEntry;
     static const MenuResource menu{
         "IDR_BROWSER",
-        {E::popup("file", {E::popup("cameralist", {}), E::separator(), E::item(cmd::ID_APP_OPEN),
-                           E::item(cmd::ID_PASTE_AS_NEW_FILE), E::separator(),
-                           E::item(cmd::ID_PROMPT_TO_SAVE), E::item(cmd::ID_SLIDE_SHOW_SETTINGS),
-                           E::separator(), E::item(cmd::ID_APP_EXIT)}),
+        {E::popup("file",
+                  {E::popup("cameralist", {}), E::item(cmd::ID_TWAIN_SELECT),
+                   E::item(cmd::ID_TWAIN_ACQUIRE), E::separator(), E::item(cmd::ID_APP_OPEN),
+                   E::item(cmd::ID_PASTE_AS_NEW_FILE), E::separator(),
+                   E::item(cmd::ID_PROMPT_TO_SAVE), E::item(cmd::ID_SLIDE_SHOW_SETTINGS),
+                   E::separator(), E::item(cmd::ID_APP_EXIT)}),
          E::popup("edit", {E::item(cmd::ID_FILES_CUT), E::item(cmd::ID_FILES_COPY),
                            E::item(cmd::ID_FILES_PASTE), E::item(cmd::ID_FILES_PASTE_SHORTCUT),
                            E::separator(), E::item(cmd::ID_DELETE), E::separator(),
@@ -49,7 +60,8 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
     : ModeFrame(host, menuResource(), QStringLiteral("CMainFrame1")),
       m_view(new CView1(start.company, start.app, start.programFolder, this)),
       m_folders(new CFoldersPane(start.folder, this)), m_position(new QLabel(this)),
-      m_name(new QLabel(this)), m_image(new QLabel(this)) {
+      m_name(new QLabel(this)), m_image(new QLabel(this)),
+      m_capture(dynamic_cast<VideoFrameHost*>(&host)), m_saver(new ScanSaver(this)) {
     setWindowTitle(i18n_stringW("ids_lanmira_browser_title"));
     m_view->setObjectName(QStringLiteral("browserView"));
     setCentralWidget(m_view);
@@ -85,11 +97,96 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
     statusBar()->addPermanentWidget(m_image);
     connect(m_view, &CView1::statusChanged, this, &CMainFrame1::updateStatus);
 
+    setOwner(this);
+    if (m_capture)
+        m_twain = TwainSettings::read([this](const char* key, int def) {
+            return m_capture->readSetting(QStringLiteral("Twain"), QString::fromLatin1(key), def);
+        });
+    connect(m_saver->writer(), &CaptureWriter::saved, this, &CMainFrame1::acquired);
+    connect(m_saver->writer(), &CaptureWriter::failed, this, &CMainFrame1::saveFailed);
+
     m_view->startBrowser();
     m_view->setFocus();
 }
 
-CMainFrame1::~CMainFrame1() = default;
+CMainFrame1::~CMainFrame1() {
+    releaseTwain();
+    if (m_capture)
+        m_twain.write([this](const char* key, int value) {
+            m_capture->writeSetting(QStringLiteral("Twain"), QString::fromLatin1(key), value);
+        });
+}
+
+bool CMainFrame1::onCommand(int id) {
+    switch (id) {
+    case cmd::ID_TWAIN_SELECT:
+        // A cancelled choice needs no word; no manager or no scanner does.
+        if (!SelectSource() && selectionFailed())
+            OnError(ErrorManager);
+        return true;
+    case cmd::ID_TWAIN_ACQUIRE:
+        setShowUi(m_twain.showUi);
+        Acquire();
+        return true;
+    default:
+        return ModeFrame::onCommand(id);
+    }
+}
+
+bool CMainFrame1::onUpdateCommand(int id, CommandState& state) {
+    switch (id) {
+    case cmd::ID_TWAIN_SELECT:
+    case cmd::ID_TWAIN_ACQUIRE:
+        // One scanner session at a time.
+        state.enabled = this->state() < State::SourceOpen;
+        return true;
+    default:
+        return ModeFrame::onUpdateCommand(id, state);
+    }
+}
+
+bool CMainFrame1::NegotiateCapabilities() {
+    for (const TwainSettings::Step& step : m_twain.steps()) {
+        if (SetCapability(step.cap, step.itemType, step.value))
+            continue;
+        const auto answer =
+            QMessageBox::question(this, i18n_stringW("ids_lanmira_appname"),
+                                  i18n_stringW(step.question), QMessageBox::Yes | QMessageBox::No);
+        if (answer != QMessageBox::Yes)
+            return false;
+    }
+    return true;
+}
+
+void CMainFrame1::OnCloseRequest() {
+    ReturnToState(returnState());
+}
+
+void CMainFrame1::OnNativeImage(TW_HANDLE handle) {
+    PackedDib picture = dibFromNativeHandle(handle);
+    if (m_capture)
+        m_saver->save(std::move(picture), m_capture->captureSettings(),
+                      m_capture->captureCounter());
+}
+
+void CMainFrame1::OnError(int) {
+    QMessageBox::warning(this, i18n_stringW("ids_lanmira_appname"),
+                         i18n_stringW("ids_lanmira_twain_error"));
+}
+
+void CMainFrame1::acquired(const QString& path) {
+    // The capture name may be relative to the process's folder, which the folder pane sets.
+    const QString folder = QFileInfo(path).absolutePath() + u'/';
+    if (QDir(folder) == QDir(BrowserList::instance().currentFolder))
+        m_view->refresh();
+}
+
+void CMainFrame1::saveFailed(const QString& path, const QString& error) {
+    QMessageBox::warning(
+        this, i18n_stringW("ids_lanmira_appname"),
+        error.isEmpty() ? formatText(i18n_stringW("ids_calvora_savefilefail2"), {path})
+                        : formatText(i18n_stringW("ids_calvora_savefilefail1"), {path, error}));
+}
 
 void CMainFrame1::buildToolBar() {
     static const ToolButton buttons[] = {

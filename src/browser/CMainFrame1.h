@@ -1,5 +1,7 @@
 #pragma once
 
+#include "acquire/CTwain.h"
+#include "acquire/TwainSettings.h"
 #include "platform/ModeFrame.h"
 
 #include <QString>
@@ -12,12 +14,15 @@ class QToolBar;
 
 namespace lanmira {
 
+class ScanSaver;
 class CFoldersPane;
 class CView1;
+class VideoFrameHost;
 
 // The browser mode's main window: the folder pane, the grid of thumbnails, the toolbar of
-// file commands and the status bar of the selection.
-class CMainFrame1 final : public ModeFrame {
+// file commands and the status bar of the selection. It owns the program's TWAIN session:
+// scanned pages are saved under the capture names, where the browser shows them.
+class CMainFrame1 final : public ModeFrame, public CTwain {
     Q_OBJECT
 public:
     struct Start {
@@ -40,6 +45,14 @@ public:
     CView1* view() const { return m_view; }
     CFoldersPane* foldersPane() const { return m_folders; }
 
+    // Ends any scanner session and unloads the manager (the program is closing).
+    void releaseTwain() { ReturnToState(State::ManagerUnloaded); }
+    TwainSettings& twainSettings() { return m_twain; }
+
+    // CommandTarget
+    bool onCommand(int id) override;
+    bool onUpdateCommand(int id, CommandState& state) override;
+
 Q_SIGNALS:
     // The list of capture devices changed (posted after device notifications).
     void camerasChanged();
@@ -47,10 +60,18 @@ Q_SIGNALS:
 protected:
     void customEvent(QEvent* event) override;
 
+    // CTwain
+    bool NegotiateCapabilities() override;
+    void OnCloseRequest() override;
+    void OnNativeImage(TW_HANDLE handle) override;
+    void OnError(int code) override;
+
 private:
     void buildToolBar();
     void showContextMenu(const QPoint& pos);
     void updateStatus();
+    void acquired(const QString& path);
+    void saveFailed(const QString& path, const QString& error);
 
     CView1* m_view;
     CFoldersPane* m_folders;
@@ -61,6 +82,10 @@ private:
     QLabel* m_position;
     QLabel* m_name;
     QLabel* m_image;
+    // The application's capture naming and settings; null without one (tests).
+    VideoFrameHost* m_capture;
+    ScanSaver* m_saver;
+    TwainSettings m_twain;
 };
 
 } // namespace lanmira
