@@ -274,6 +274,26 @@ Möchten Sie die Datei ersetzen?</translation>
         <source>ids_calvora_camerapane_camera</source>
         <translation>Kamera</translation>
     </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn0</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn1</source>
+        <translation>Endungen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn2</source>
+        <translation>Liste</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn3</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn4</source>
+        <translation>Merken</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -403,6 +423,14 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>cameralist</source>
         <translation>Kamera&amp;liste</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;Standard-Dateioptionen...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>Datei&amp;format...</translation>
     </message>
 </context>
 <context>
@@ -562,6 +590,14 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>32914</source>
         <translation>&amp;Diashow&#9;Pause</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;Standard-Dateioptionen...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>Datei&amp;format...</translation>
     </message>
 </context>
 <context>
@@ -749,6 +785,52 @@ Möchten Sie die Datei ersetzen?</translation>
     <message>
         <source>2</source>
         <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_IMAGEFMT</name>
+    <message>
+        <source>0</source>
+        <translation>Dateiformate</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>1048</source>
+        <translation>&amp;Standard</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_FILESAVESETUP</name>
+    <message>
+        <source>0</source>
+        <translation>Standard-Dateititel und -Endung</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>1003</source>
+        <translation>&amp;Optionen...</translation>
+    </message>
+    <message>
+        <source>1031</source>
+        <translation>Datei&amp;titel:</translation>
+    </message>
+    <message>
+        <source>1033</source>
+        <translation>&amp;Endung:</translation>
     </message>
 </context>
 </TS>

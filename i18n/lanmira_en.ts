@@ -274,6 +274,26 @@ Do you want to replace it?</translation>
         <source>ids_calvora_camerapane_camera</source>
         <translation>Camera</translation>
     </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn0</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn1</source>
+        <translation>Extensions</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn2</source>
+        <translation>List</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn3</source>
+        <translation>Open</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn4</source>
+        <translation>Mark</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -403,6 +423,14 @@ Do you want to replace it?</translation>
     <message>
         <source>cameralist</source>
         <translation>Camera &amp;List</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;File Default Options...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>&amp;File Format...</translation>
     </message>
 </context>
 <context>
@@ -562,6 +590,14 @@ Do you want to replace it?</translation>
     <message>
         <source>32914</source>
         <translation>&amp;Slide Show&#9;Pause</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;File Default Options...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>&amp;File Format...</translation>
     </message>
 </context>
 <context>
@@ -749,6 +785,52 @@ Do you want to replace it?</translation>
     <message>
         <source>2</source>
         <translation>Cancel</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_IMAGEFMT</name>
+    <message>
+        <source>0</source>
+        <translation>File Formats</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>1048</source>
+        <translation>&amp;Default</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_FILESAVESETUP</name>
+    <message>
+        <source>0</source>
+        <translation>Default File Title &amp; Extension Setup</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>1003</source>
+        <translation>&amp;Option...</translation>
+    </message>
+    <message>
+        <source>1031</source>
+        <translation>File &amp;title:</translation>
+    </message>
+    <message>
+        <source>1033</source>
+        <translation>&amp;Extension:</translation>
     </message>
 </context>
 </TS>

@@ -1,0 +1,193 @@
+#include "browser/filetypes/FormatWordsApplier.h"
+
+#include "browser/BrowserList.h"
+#include "browser/BrowserSettings.h"
+#include "browser/filetypes/DesktopEntryWriter.h"
+#include "browser/filetypes/MimeAppsList.h"
+#include "imagelib/imagelib.h"
+#include "platform/XdgPaths.h"
+#include "settings/AtomicWrite.h"
+#include "settings/IniText.h"
+#include "settings/RegistryKey.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QMimeDatabase>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+
+using namespace Qt::StringLiterals;
+
+namespace lanmira {
+
+namespace {
+
+constexpr const char* kShellKey = "Software\\Vornalt\\Lanmira\\Shell";
+// A previous default this long is not one any desktop wrote; it is not worth keeping.
+constexpr std::size_t kMaxSavedBytes = 260;
+// Larger than any real mimeapps.list; such a file is left alone rather than rewritten.
+constexpr qint64 kMaxListBytes = 16 * 1024 * 1024;
+
+std::string ourEntry() {
+    return DesktopEntryWriter::kFileName;
+}
+
+bool worthSaving(const std::optional<std::string>& value) {
+    return value && !value->empty() && value->size() < kMaxSavedBytes &&
+           !FormatWordsApplier::isOurs(*value);
+}
+
+// The file's bytes, or nothing when it exists but cannot be read whole.
+std::optional<std::string> readList(const QString& path) {
+    QFile file(path);
+    if (!file.exists())
+        return std::string();
+    if (file.size() > kMaxListBytes || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    return bytes.toStdString();
+}
+
+} // namespace
+
+FormatWordsApplier::FormatWordsApplier(QString company, QString app, Environment environment)
+    : m_company(std::move(company)), m_app(std::move(app)), m_env(std::move(environment)) {
+    if (m_env.configHome.empty())
+        m_env.configHome = settings::configHome();
+    if (m_env.dataHome.isEmpty())
+        m_env.dataHome = XdgPaths::dataHome();
+    if (m_env.programPath.isEmpty())
+        m_env.programPath = QCoreApplication::applicationFilePath();
+    if (!m_env.mimeTypesOf)
+        m_env.mimeTypesOf = &FormatWordsApplier::mimeTypesFromDatabase;
+}
+
+QStringList FormatWordsApplier::mimeTypesFromDatabase(const QString& extension) {
+    QStringList names;
+    const QMimeDatabase db;
+    for (const QMimeType& type : db.mimeTypesForFileName(u"x."_s + extension))
+        names << type.name();
+    return names;
+}
+
+bool FormatWordsApplier::isOurs(std::string_view value) {
+    const std::string_view first = settings::initext::trim(value.substr(0, value.find(';')));
+    return settings::initext::equalsIgnoringCase(first, DesktopEntryWriter::kFileName);
+}
+
+QStringList FormatWordsApplier::allMimeTypes() const {
+    QStringList all;
+    for (const ImageLibExtFmt* row = ImageLib_ExtFmt(); row && row->ext; ++row)
+        for (const QString& type : m_env.mimeTypesOf(QString::fromUtf8(row->ext)))
+            if (!all.contains(type))
+                all << type;
+    return all;
+}
+
+FormatWordsApplier::Result FormatWordsApplier::apply(BrowserList& list, const Words& words) const {
+    Result result;
+    if (words == list.formatFilter)
+        return result;
+    const Words before = list.formatFilter;
+    result.associationsChanged = changeAssociations(before, words);
+
+    {
+        // The worker lets go of the list after at most one more item.
+        list.stopRequest.store(BrowserList::kStopAbandon);
+        const std::scoped_lock lock(list.lock());
+        list.formatFilter = words;
+    }
+    BrowserSettings(m_company, m_app, m_env.configHome).save(list);
+    result.wordsChanged = true;
+    return result;
+}
+
+bool FormatWordsApplier::changeAssociations(const Words& before, const Words& after) const {
+    bool any = false;
+    for (std::size_t f = 0; f < before.size(); ++f)
+        any = any || ((before[f] ^ after[f]) & 2) != 0;
+    if (!any)
+        return false;
+
+    const QString listPath = QString::fromStdString((m_env.configHome / "mimeapps.list").string());
+    const std::optional<std::string> original = readList(listPath);
+    if (!original)
+        return false;
+    MimeAppsList mimeApps = MimeAppsList::parse(*original);
+    const settings::RegistryKey shell(kShellKey, m_env.configHome);
+    constexpr std::string_view group = MimeAppsList::kDefaultApplications;
+
+    std::optional<bool> entryReady;
+    // What each type's default was before this call changed it, so every extension that
+    // shares a type (jpg, jpeg, jpe) remembers the same previous application.
+    std::map<std::string, std::optional<std::string>> previous;
+    // Types whose default this call removed: a later extension of the same type may still
+    // have a saved default to give back.
+    std::set<std::string> cleared;
+    bool changed = false;
+
+    for (const ImageLibExtFmt* row = ImageLib_ExtFmt(); row && row->ext; ++row) {
+        if (row->format >= before.size() || ((before[row->format] ^ after[row->format]) & 2) == 0)
+            continue;
+        // The desktop files an extension under its main type; that is the one to take.
+        const QStringList types = m_env.mimeTypesOf(QString::fromUtf8(row->ext));
+        if (types.isEmpty())
+            continue;
+        const std::string type = types.front().toStdString();
+        const std::string savedName = std::string(".") + row->ext;
+        const std::optional<std::string> current = mimeApps.value(group, type);
+        previous.try_emplace(type, current);
+
+        if (after[row->format] & 2) {
+            if (!entryReady)
+                entryReady = DesktopEntryWriter::ensure(
+                    m_env.dataHome,
+                    DesktopEntryWriter::entryText(m_app, m_env.programPath, allMimeTypes()));
+            // A default naming an entry that does not exist would leave the files with no
+            // application at all.
+            if (!*entryReady)
+                continue;
+            if (worthSaving(previous[type]))
+                shell.writeString("", savedName, *previous[type]);
+            changed = mimeApps.setValue(group, type, ourEntry()) || changed;
+            cleared.erase(type);
+            continue;
+        }
+
+        // Giving back touches only a default that is still ours: another program that took
+        // the type since keeps it.
+        const bool ours = current && isOurs(*current);
+        if (!ours && !cleared.contains(type))
+            continue;
+        const std::optional<std::string> saved = shell.readString("", savedName, "");
+        if (worthSaving(saved)) {
+            changed = mimeApps.setValue(group, type, *saved) || changed;
+            cleared.erase(type);
+        } else if (ours) {
+            changed = mimeApps.remove(group, type) || changed;
+            cleared.insert(type);
+        }
+    }
+
+    if (!changed)
+        return false;
+    const std::string text = mimeApps.text();
+    return settings::writeFileAtomically(QFile::encodeName(listPath).toStdString(), text);
+}
+
+void FormatWordsApplier::notifyDesktop(const QString& dataHome) {
+    const QString tool = QStandardPaths::findExecutable(u"update-desktop-database"_s);
+    if (tool.isEmpty())
+        return;
+    QProcess::startDetached(tool, {u"-q"_s, DesktopEntryWriter::applicationsFolder(dataHome)});
+}
+
+} // namespace lanmira

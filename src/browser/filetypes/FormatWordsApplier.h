@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+
+namespace lanmira {
+
+class BrowserList;
+
+// The only writer of the sixteen format words (bit 0 listed in the browser, bit 1 the
+// format's extensions open with this program, bit 2 only kept). For every format whose
+// bit 1 changes, each extension's file type is taken over in the user's `mimeapps.list`
+// (its previous default application kept under "Shell" as the value ".ext") or given back.
+class FormatWordsApplier {
+public:
+    using Words = std::array<std::uint32_t, 16>;
+
+    struct Environment {
+        std::filesystem::path configHome; // empty: $XDG_CONFIG_HOME
+        QString dataHome;                 // empty: $XDG_DATA_HOME
+        QString programPath;              // empty: the running program
+        // The MIME types of files with this extension, the main one first; empty: the
+        // desktop's shared MIME database.
+        std::function<QStringList(const QString& extension)> mimeTypesOf;
+    };
+
+    struct Result {
+        bool wordsChanged = false;
+        bool associationsChanged = false; // mimeapps.list was rewritten
+    };
+
+    FormatWordsApplier(QString company, QString app, Environment environment = {});
+
+    Result apply(BrowserList& list, const Words& words) const;
+
+    // Has the desktop read the applications folder again; returns at once.
+    static void notifyDesktop(const QString& dataHome = {});
+
+    static QStringList mimeTypesFromDatabase(const QString& extension);
+    // Whether a default-application value names our entry first.
+    static bool isOurs(std::string_view value);
+
+private:
+    bool changeAssociations(const Words& before, const Words& after) const;
+    QStringList allMimeTypes() const;
+
+    QString m_company;
+    QString m_app;
+    Environment m_env;
+};
+
+} // namespace lanmira
