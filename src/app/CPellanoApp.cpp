@@ -237,6 +237,7 @@ void CPellanoApp::saveSettings() {
 int CPellanoApp::exitInstance(int exitCode) {
     saveSettings();
     m_settingsRead = false; // written; the exit hook has nothing left to do
+    FormatWordsApplier::waitForWrites();
     iopt_fini();
     delete m_cameraFrame.data();
     m_cameras.clear();
@@ -470,12 +471,9 @@ void CPellanoApp::fileFormatSettings() {
     CFmtDlg dialog(m_app, list.formatFilter, dialogOwner());
     if (dialog.exec() != QDialog::Accepted)
         return;
-    const FormatWordsApplier::Result result =
-        FormatWordsApplier(m_company, m_app).apply(list, dialog.words());
-    if (result.associationsChanged)
-        FormatWordsApplier::notifyDesktop();
     // The words decide which files are listed; a hidden browser refreshes when it returns.
-    if (result.wordsChanged && m_mode == 0 && m_browserFrame)
+    if (FormatWordsApplier(m_company, m_app).apply(list, dialog.words()) && m_mode == 0 &&
+        m_browserFrame)
         m_browserFrame->view()->refresh();
 }
 

@@ -15,6 +15,7 @@
 #include <QMimeDatabase>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QThreadPool>
 
 #include <map>
 #include <mutex>
@@ -33,6 +34,17 @@ constexpr const char* kShellKey = "Software\\Vornalt\\Lanmira\\Shell";
 constexpr std::size_t kMaxSavedBytes = 260;
 // Larger than any real mimeapps.list; such a file is left alone rather than rewritten.
 constexpr qint64 kMaxListBytes = 16 * 1024 * 1024;
+
+// One thread, so the applies reach the files in the order they were made.
+QThreadPool& writer() {
+    static QThreadPool pool;
+    static const bool once = [] {
+        pool.setMaxThreadCount(1);
+        return true;
+    }();
+    (void)once;
+    return pool;
+}
 
 std::string ourEntry() {
     return DesktopEntryWriter::kFileName;
@@ -92,22 +104,38 @@ QStringList FormatWordsApplier::allMimeTypes() const {
     return all;
 }
 
-FormatWordsApplier::Result FormatWordsApplier::apply(BrowserList& list, const Words& words) const {
-    Result result;
+bool FormatWordsApplier::apply(BrowserList& list, const Words& words) const {
     if (words == list.formatFilter)
-        return result;
+        return false;
     const Words before = list.formatFilter;
-    result.associationsChanged = changeAssociations(before, words);
-
     {
         // The worker lets go of the list after at most one more item.
         list.stopRequest.store(BrowserList::kStopAbandon);
         const std::scoped_lock lock(list.lock());
         list.formatFilter = words;
     }
-    BrowserSettings(m_company, m_app, m_env.configHome).save(list);
-    result.wordsChanged = true;
-    return result;
+    writer().start(
+        [applier = *this, before, words, key = list.sortKey, direction = list.sortDirection,
+         large = list.largeMode] { applier.writeFiles(before, words, key, direction, large); });
+    return true;
+}
+
+void FormatWordsApplier::waitForWrites() {
+    writer().waitForDone();
+}
+
+bool FormatWordsApplier::writeFiles(const Words& before, const Words& after, std::int32_t sortKey,
+                                    std::int32_t sortDirection, std::int32_t largeMode) const {
+    const bool associations = changeAssociations(before, after);
+    BrowserList values;
+    values.formatFilter = after;
+    values.sortKey = sortKey;
+    values.sortDirection = sortDirection;
+    values.largeMode = largeMode;
+    BrowserSettings(m_company, m_app, m_env.configHome).save(values);
+    if (associations)
+        notifyDesktop(m_env.dataHome);
+    return associations;
 }
 
 bool FormatWordsApplier::changeAssociations(const Words& before, const Words& after) const {

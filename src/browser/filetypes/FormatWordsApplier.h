@@ -29,14 +29,20 @@ public:
         std::function<QStringList(const QString& extension)> mimeTypesOf;
     };
 
-    struct Result {
-        bool wordsChanged = false;
-        bool associationsChanged = false; // mimeapps.list was rewritten
-    };
-
     FormatWordsApplier(QString company, QString app, Environment environment = {});
 
-    Result apply(BrowserList& list, const Words& words) const;
+    // The words take effect in the list at once; the files follow on a thread of the
+    // applier's own, one apply after another, so OK never waits for the disk. False when
+    // the words are the ones in use: then nothing at all is written.
+    bool apply(BrowserList& list, const Words& words) const;
+    // Returns once every write that apply() queued is done (before the program ends).
+    static void waitForWrites();
+
+    // What apply() queues for a change from `before` to `after`: the associations of every
+    // format whose bit 1 changed, the words and the browser's other values. True when
+    // mimeapps.list was rewritten, after which the desktop is told.
+    bool writeFiles(const Words& before, const Words& after, std::int32_t sortKey,
+                    std::int32_t sortDirection, std::int32_t largeMode) const;
 
     // Has the desktop read the applications folder again; returns at once.
     static void notifyDesktop(const QString& dataHome = {});

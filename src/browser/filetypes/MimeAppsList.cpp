@@ -90,11 +90,15 @@ std::optional<std::string> MimeAppsList::value(std::string_view group, std::stri
 }
 
 void MimeAppsList::insertLine(std::size_t at, std::string content) {
-    // The line before gains a line end if it was the file's unterminated last line.
-    if (at > 0 && m_lines[at - 1].end.empty())
+    std::string end = m_newline;
+    // After an unterminated last line, that line gets its end and the new last line goes
+    // without one: the file keeps ending as it did, and removing the line again restores it.
+    if (at > 0 && m_lines[at - 1].end.empty()) {
         m_lines[at - 1].end = m_newline;
+        end.clear();
+    }
     m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(at),
-                   Line{std::move(content), m_newline});
+                   Line{std::move(content), std::move(end)});
 }
 
 bool MimeAppsList::setValue(std::string_view group, std::string_view key, std::string_view value) {
