@@ -57,15 +57,18 @@ QString DesktopEntryWriter::entryText(const QString& name, const QString& progra
     return text;
 }
 
-bool DesktopEntryWriter::ensure(const QString& dataHome, const QString& text) {
+DesktopEntryWriter::Outcome DesktopEntryWriter::ensure(const QString& dataHome,
+                                                       const QString& text) {
     const QString path = applicationsFolder(dataHome) + u'/' + QString::fromLatin1(kFileName);
     const QByteArray wanted = text.toUtf8();
     QFile existing(path);
     if (existing.open(QIODevice::ReadOnly) && existing.size() == wanted.size() &&
         existing.readAll() == wanted)
-        return true;
+        return Unchanged;
     return settings::writeFileAtomically(QFile::encodeName(path).toStdString(),
-                                         std::string_view(wanted.constData(), wanted.size()));
+                                         std::string_view(wanted.constData(), wanted.size()))
+               ? Written
+               : Failed;
 }
 
 } // namespace lanmira

@@ -6,8 +6,9 @@
 namespace lanmira {
 
 // The desktop entry that file associations point at: `Lanmira.1.desktop` in the user's
-// applications folder, starting this program with the file. It is hidden from menus; the
-// installed entry is the one people start the program from.
+// applications folder, starting this program with the file and declaring the types it is
+// the default for. It is hidden from menus; the installed entry is the one people start the
+// program from and the one that offers every format in "Open With" lists.
 class DesktopEntryWriter {
 public:
     static constexpr char kFileName[] = "Lanmira.1.desktop";
@@ -21,9 +22,10 @@ public:
     // entry string.
     static QString execArgument(const QString& argument);
 
-    // Writes the entry unless the file already holds exactly this text; false when it could
-    // not be written (the old file, if any, is left whole).
-    static bool ensure(const QString& dataHome, const QString& text);
+    enum Outcome { Unchanged, Written, Failed };
+    // Writes the entry unless the file already holds exactly this text; on failure the old
+    // file, if any, is left whole.
+    static Outcome ensure(const QString& dataHome, const QString& text);
 };
 
 } // namespace lanmira

@@ -95,15 +95,6 @@ bool FormatWordsApplier::isOurs(std::string_view value) {
     return settings::initext::equalsIgnoringCase(first, DesktopEntryWriter::kFileName);
 }
 
-QStringList FormatWordsApplier::allMimeTypes() const {
-    QStringList all;
-    for (const ImageLibExtFmt* row = ImageLib_ExtFmt(); row && row->ext; ++row)
-        for (const QString& type : m_env.mimeTypesOf(QString::fromUtf8(row->ext)))
-            if (!all.contains(type))
-                all << type;
-    return all;
-}
-
 bool FormatWordsApplier::apply(BrowserList& list, const Words& words) const {
     if (words == list.formatFilter)
         return false;
@@ -138,54 +129,34 @@ bool FormatWordsApplier::writeFiles(const Words& before, const Words& after, std
     return associations;
 }
 
-bool FormatWordsApplier::changeAssociations(const Words& before, const Words& after) const {
-    bool any = false;
-    for (std::size_t f = 0; f < before.size(); ++f)
-        any = any || ((before[f] ^ after[f]) & 2) != 0;
-    if (!any)
-        return false;
-
-    const QString listPath = QString::fromStdString((m_env.configHome / "mimeapps.list").string());
-    const std::optional<std::string> original = readList(listPath);
-    if (!original)
-        return false;
-    MimeAppsList mimeApps = MimeAppsList::parse(*original);
+FormatWordsApplier::Plan FormatWordsApplier::plan(const std::string& original, const Words& before,
+                                                  const Words& after, bool takeOver) const {
+    Plan plan{MimeAppsList::parse(original), {}, false};
     const settings::RegistryKey shell(kShellKey, m_env.configHome);
     constexpr std::string_view group = MimeAppsList::kDefaultApplications;
-
-    std::optional<bool> entryReady;
     // What each type's default was before this call changed it, so every extension that
     // shares a type (jpg, jpeg, jpe) remembers the same previous application.
     std::map<std::string, std::optional<std::string>> previous;
     // Types whose default this call removed: a later extension of the same type may still
     // have a saved default to give back.
     std::set<std::string> cleared;
-    bool changed = false;
 
     for (const ImageLibExtFmt* row = ImageLib_ExtFmt(); row && row->ext; ++row) {
         if (row->format >= before.size() || ((before[row->format] ^ after[row->format]) & 2) == 0)
             continue;
-        // The desktop files an extension under its main type; that is the one to take.
-        const QStringList types = m_env.mimeTypesOf(QString::fromUtf8(row->ext));
-        if (types.isEmpty())
+        const std::string type = mainType(row->ext);
+        if (type.empty())
             continue;
-        const std::string type = types.front().toStdString();
         const std::string savedName = std::string(".") + row->ext;
-        const std::optional<std::string> current = mimeApps.value(group, type);
+        const std::optional<std::string> current = plan.list.value(group, type);
         previous.try_emplace(type, current);
 
         if (after[row->format] & 2) {
-            if (!entryReady)
-                entryReady = DesktopEntryWriter::ensure(
-                    m_env.dataHome,
-                    DesktopEntryWriter::entryText(m_app, m_env.programPath, allMimeTypes()));
-            // A default naming an entry that does not exist would leave the files with no
-            // application at all.
-            if (!*entryReady)
+            if (!takeOver)
                 continue;
             if (worthSaving(previous[type]))
-                shell.writeString("", savedName, *previous[type]);
-            changed = mimeApps.setValue(group, type, ourEntry()) || changed;
+                plan.saves.emplace_back(savedName, *previous[type]);
+            plan.changed = plan.list.setValue(group, type, ourEntry()) || plan.changed;
             cleared.erase(type);
             continue;
         }
@@ -197,18 +168,68 @@ bool FormatWordsApplier::changeAssociations(const Words& before, const Words& af
             continue;
         const std::optional<std::string> saved = shell.readString("", savedName, "");
         if (worthSaving(saved)) {
-            changed = mimeApps.setValue(group, type, *saved) || changed;
+            plan.changed = plan.list.setValue(group, type, *saved) || plan.changed;
             cleared.erase(type);
         } else if (ours) {
-            changed = mimeApps.remove(group, type) || changed;
+            plan.changed = plan.list.remove(group, type) || plan.changed;
             cleared.insert(type);
         }
     }
+    return plan;
+}
 
-    if (!changed)
+std::string FormatWordsApplier::mainType(const char* extension) const {
+    // The desktop files an extension under its main type; that is the one to take.
+    const QStringList types = m_env.mimeTypesOf(QString::fromUtf8(extension));
+    return types.isEmpty() ? std::string() : types.front().toStdString();
+}
+
+QStringList FormatWordsApplier::typesOurs(const MimeAppsList& list) const {
+    QStringList types;
+    for (const ImageLibExtFmt* row = ImageLib_ExtFmt(); row && row->ext; ++row) {
+        const std::string type = mainType(row->ext);
+        const auto value = list.value(MimeAppsList::kDefaultApplications, type);
+        if (!type.empty() && value && isOurs(*value) &&
+            !types.contains(QString::fromStdString(type)))
+            types << QString::fromStdString(type);
+    }
+    return types;
+}
+
+bool FormatWordsApplier::changeAssociations(const Words& before, const Words& after) const {
+    bool any = false;
+    for (std::size_t f = 0; f < before.size(); ++f)
+        any = any || ((before[f] ^ after[f]) & 2) != 0;
+    if (!any)
         return false;
-    const std::string text = mimeApps.text();
-    return settings::writeFileAtomically(QFile::encodeName(listPath).toStdString(), text);
+
+    const QString listPath = QString::fromStdString((m_env.configHome / "mimeapps.list").string());
+    const std::optional<std::string> original = readList(listPath);
+    if (!original)
+        return false;
+    Plan plan = this->plan(*original, before, after, true);
+
+    // The entry declares exactly the types it is the default for, so that a type given back
+    // with no earlier default does not fall to us through the desktop's fallback either.
+    const QStringList ours = typesOurs(plan.list);
+    const QString entryPath = DesktopEntryWriter::applicationsFolder(m_env.dataHome) + u'/' +
+                              QString::fromLatin1(DesktopEntryWriter::kFileName);
+    auto entry = DesktopEntryWriter::Unchanged;
+    if (!ours.isEmpty() || QFile::exists(entryPath))
+        entry = DesktopEntryWriter::ensure(
+            m_env.dataHome, DesktopEntryWriter::entryText(m_app, m_env.programPath, ours));
+    // A default naming an entry that is missing or does not list the type would leave the
+    // files with no application at all: only give back.
+    if (entry == DesktopEntryWriter::Failed)
+        plan = this->plan(*original, before, after, false);
+
+    const settings::RegistryKey shell(kShellKey, m_env.configHome);
+    for (const auto& [name, value] : plan.saves)
+        shell.writeString("", name, value);
+    const bool listWritten =
+        plan.changed &&
+        settings::writeFileAtomically(QFile::encodeName(listPath).toStdString(), plan.list.text());
+    return listWritten || entry == DesktopEntryWriter::Written;
 }
 
 void FormatWordsApplier::notifyDesktop(const QString& dataHome) {

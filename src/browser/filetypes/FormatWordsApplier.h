@@ -1,5 +1,7 @@
 #pragma once
 
+#include "browser/filetypes/MimeAppsList.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -7,6 +9,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace lanmira {
 
@@ -40,7 +45,7 @@ public:
 
     // What apply() queues for a change from `before` to `after`: the associations of every
     // format whose bit 1 changed, the words and the browser's other values. True when
-    // mimeapps.list was rewritten, after which the desktop is told.
+    // mimeapps.list or the desktop entry was rewritten, after which the desktop is told.
     bool writeFiles(const Words& before, const Words& after, std::int32_t sortKey,
                     std::int32_t sortDirection, std::int32_t largeMode) const;
 
@@ -52,8 +57,20 @@ public:
     static bool isOurs(std::string_view value);
 
 private:
+    // mimeapps.list as a change of the words leaves it, and the previous defaults to keep.
+    struct Plan {
+        MimeAppsList list;
+        std::vector<std::pair<std::string, std::string>> saves;
+        bool changed = false;
+    };
+
+    // True when mimeapps.list or the desktop entry was rewritten.
     bool changeAssociations(const Words& before, const Words& after) const;
-    QStringList allMimeTypes() const;
+    Plan plan(const std::string& original, const Words& before, const Words& after,
+              bool takeOver) const;
+    std::string mainType(const char* extension) const;
+    // The types whose default is ours, in the order of the format table.
+    QStringList typesOurs(const MimeAppsList& list) const;
 
     QString m_company;
     QString m_app;
