@@ -26,6 +26,7 @@ Q_SIGNALS:
 
 protected:
     void customEvent(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void currentChanged();
@@ -34,6 +35,7 @@ private:
     QTreeView* m_tree;
     QString m_startFolder;
     QString m_shown;
+    bool m_follow = false; // the selection is kept in view while folders are still read
 };
 
 } // namespace lanmira
