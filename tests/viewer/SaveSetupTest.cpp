@@ -1,14 +1,9 @@
 #include "i18n/i18n.h"
 #include "imagelib/imagelib.h"
 #include "imagelib/iopt.h"
-#include "viewer/CFileSaveSetup.h"
 #include "viewer/SaveSetupLogic.h"
 
-#include <QComboBox>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -86,24 +81,6 @@ TEST_F(SaveSetup, EveryChangeFetchesTheFormatsDefaults) {
     EXPECT_TRUE(sameOptions(logic.options(), {77, IOPT_JPEG_PROGRESSIVE}));
     logic.select(u"png"_s);
     EXPECT_TRUE(sameOptions(logic.options(), iopt_get_default(IMAGELIB_FMT_PNG)));
-}
-
-TEST_F(SaveSetup, DialogHandsBackTitleExtensionFormatAndOptions) {
-    CFileSaveSetup dialog(m_formats, u"Lanmira"_s, u"BMP"_s);
-    EXPECT_EQ(dialog.extensionCombo()->currentText(), u"bmp"_s);
-    EXPECT_FALSE(dialog.optionButton()->isEnabled()); // BMP has no options
-    EXPECT_EQ(dialog.titleEdit()->text(), u"Lanmira"_s);
-
-    dialog.extensionCombo()->setCurrentIndex(2);
-    EXPECT_TRUE(dialog.optionButton()->isEnabled());
-    dialog.titleEdit()->selectAll();
-    QTest::keyClicks(dialog.titleEdit(), u"Sl/ide"_s); // a slash cannot become part of a name
-
-    const SaveSetupChoice choice = dialog.choice();
-    EXPECT_EQ(choice.title, u"Slide"_s);
-    EXPECT_EQ(choice.extension, u"png"_s);
-    EXPECT_EQ(choice.format, static_cast<int>(IMAGELIB_FMT_PNG));
-    EXPECT_TRUE(sameOptions(choice.options, iopt_get_default(IMAGELIB_FMT_PNG)));
 }
 
 } // namespace
