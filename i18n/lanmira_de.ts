@@ -593,6 +593,26 @@ Mit der Übernahme fortfahren?</translation>
         <source>ids_lanmira_scan_failed</source>
         <translation>Der Scanner hat angehalten: %s</translation>
     </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn0</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn1</source>
+        <translation>Endungen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn2</source>
+        <translation>Liste</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn3</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn4</source>
+        <translation>Merken</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -750,6 +770,14 @@ Mit der Übernahme fortfahren?</translation>
     <message>
         <source>32896</source>
         <translation>Twain: &amp;Übernehmen...</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;Standard-Dateioptionen...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>Datei&amp;format...</translation>
     </message>
 </context>
 <context>
@@ -909,6 +937,14 @@ Mit der Übernahme fortfahren?</translation>
     <message>
         <source>32914</source>
         <translation>&amp;Diashow&#9;Pause</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;Standard-Dateioptionen...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>Datei&amp;format...</translation>
     </message>
 </context>
 <context>
@@ -1145,6 +1181,10 @@ Mit der Übernahme fortfahren?</translation>
     <message>
         <source>0</source>
         <translation>Belichtungszeit</translation>
+    <name>IDD_IMAGEFMT</name>
+    <message>
+        <source>0</source>
+        <translation>Dateiformate</translation>
     </message>
     <message>
         <source>1</source>
@@ -1285,6 +1325,37 @@ Mit der Übernahme fortfahren?</translation>
     <message>
         <source>1105</source>
         <translation>Automatisch</translation>
+    </message>
+    <message>
+        <source>1048</source>
+        <translation>&amp;Standard</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_FILESAVESETUP</name>
+    <message>
+        <source>0</source>
+        <translation>Standard-Dateititel und -Endung</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>1003</source>
+        <translation>&amp;Optionen...</translation>
+    </message>
+    <message>
+        <source>1031</source>
+        <translation>Datei&amp;titel:</translation>
+    </message>
+    <message>
+        <source>1033</source>
+        <translation>&amp;Endung:</translation>
     </message>
 </context>
 </TS>

@@ -593,6 +593,26 @@ Continue with Acquire?</translation>
         <source>ids_lanmira_scan_failed</source>
         <translation>The scanner stopped: %s</translation>
     </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn0</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn1</source>
+        <translation>Extensions</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn2</source>
+        <translation>List</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn3</source>
+        <translation>Open</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_fmtcolumn4</source>
+        <translation>Mark</translation>
+    </message>
 </context>
 <context>
     <name>IDD_ABOUTBOX</name>
@@ -750,6 +770,14 @@ Continue with Acquire?</translation>
     <message>
         <source>32896</source>
         <translation>Twain: &amp;Acquire...</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;File Default Options...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>&amp;File Format...</translation>
     </message>
 </context>
 <context>
@@ -909,6 +937,14 @@ Continue with Acquire?</translation>
     <message>
         <source>32914</source>
         <translation>&amp;Slide Show&#9;Pause</translation>
+    </message>
+    <message>
+        <source>32897</source>
+        <translation>&amp;File Default Options...</translation>
+    </message>
+    <message>
+        <source>32908</source>
+        <translation>&amp;File Format...</translation>
     </message>
 </context>
 <context>
@@ -1145,6 +1181,10 @@ Continue with Acquire?</translation>
     <message>
         <source>0</source>
         <translation>Exposure Time</translation>
+    <name>IDD_IMAGEFMT</name>
+    <message>
+        <source>0</source>
+        <translation>File Formats</translation>
     </message>
     <message>
         <source>1</source>
@@ -1285,6 +1325,37 @@ Continue with Acquire?</translation>
     <message>
         <source>1105</source>
         <translation>Auto</translation>
+    </message>
+    <message>
+        <source>1048</source>
+        <translation>&amp;Default</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_FILESAVESETUP</name>
+    <message>
+        <source>0</source>
+        <translation>Default File Title &amp; Extension Setup</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>1003</source>
+        <translation>&amp;Option...</translation>
+    </message>
+    <message>
+        <source>1031</source>
+        <translation>File &amp;title:</translation>
+    </message>
+    <message>
+        <source>1033</source>
+        <translation>&amp;Extension:</translation>
     </message>
 </context>
 </TS>

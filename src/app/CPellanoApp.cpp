@@ -12,6 +12,7 @@
 #include "browser/BrowserList.h"
 #include "browser/CMainFrame1.h"
 #include "browser/CView1.h"
+#include "browser/filetypes/FormatWordsApplier.h"
 #include "camera/CaptureHooks.h"
 #include "camera/frame/CVideoFrame.h"
 #include "camera/frame/CameraMenuModel.h"
@@ -25,6 +26,8 @@
 #include "platform/PostedMessage.h"
 #include "platform/UnixSignalBridge.h"
 #include "platform/VideoDeviceWatcher.h"
+#include "viewer/CFileSaveSetup.h"
+#include "viewer/CFmtDlg.h"
 #include "viewer/CMainFrame2.h"
 #include "viewer/CView2.h"
 #include "viewer/ImageNavigator.h"
@@ -234,6 +237,7 @@ void CPellanoApp::saveSettings() {
 int CPellanoApp::exitInstance(int exitCode) {
     saveSettings();
     m_settingsRead = false; // written; the exit hook has nothing left to do
+    FormatWordsApplier::waitForWrites();
     iopt_fini();
     delete m_cameraFrame.data();
     m_cameras.clear();
@@ -456,6 +460,35 @@ void CPellanoApp::slideShowSettings() {
     m_viewerFrame->view()->restartSlideTimerIfRunning();
 }
 
+QWidget* CPellanoApp::dialogOwner() const {
+    if (QWidget* active = QApplication::activeWindow())
+        return active;
+    return mainWindow();
+}
+
+void CPellanoApp::fileFormatSettings() {
+    BrowserList& list = BrowserList::instance();
+    CFmtDlg dialog(m_app, list.formatFilter, dialogOwner());
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    // The words decide which files are listed; a hidden browser refreshes when it returns.
+    if (FormatWordsApplier(m_company, m_app).apply(list, dialog.words()) && m_mode == 0 &&
+        m_browserFrame)
+        m_browserFrame->view()->refresh();
+}
+
+void CPellanoApp::fileDefaultOptions() {
+    CFileSaveSetup dialog(m_captureFormats, m_captureTitle, m_captureExt, dialogOwner());
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const SaveSetupChoice choice = dialog.choice();
+    m_captureTitle = choice.title;
+    m_captureExt = choice.extension;
+    m_captureFormat = choice.format;
+    m_captureOptions[0] = choice.options.value1;
+    m_captureOptions[1] = choice.options.value2;
+}
+
 QString CPellanoApp::chooseFileToOpen(QWidget* parent) {
     return COpenFileDlg::run(parent, m_preview);
 }
@@ -531,6 +564,12 @@ bool CPellanoApp::onCommand(int id) {
     case cmd::ID_SLIDE_SHOW_SETTINGS:
         slideShowSettings();
         return true;
+    case cmd::ID_FILE_FORMAT:
+        fileFormatSettings();
+        return true;
+    case cmd::ID_FILE_DEFAULT_OPTIONS:
+        fileDefaultOptions();
+        return true;
     case cmd::ID_APP_EXIT:
         requestExit();
         return true;
@@ -569,6 +608,8 @@ bool CPellanoApp::onUpdateCommand(int id, CommandState& state) {
     case cmd::ID_SHOW_MAIN_WINDOW:
     case cmd::ID_APP_OPEN:
     case cmd::ID_SLIDE_SHOW_SETTINGS:
+    case cmd::ID_FILE_FORMAT:
+    case cmd::ID_FILE_DEFAULT_OPTIONS:
     case cmd::ID_APP_EXIT:
     case cmd::ID_APP_ABOUT:
         return true;

@@ -143,6 +143,12 @@ private:
     void openDialog();
     void pasteAsNewFile();
     void slideShowSettings();
+    // Commands 32908 and 32897: the file format dialog and the default file options dialog.
+    void fileFormatSettings();
+    void fileDefaultOptions();
+    // The window a dialog of an application command belongs to: the one in front (the
+    // camera window, too), else the current mode's frame.
+    QWidget* dialogOwner() const;
     // The step that leaving the current mode takes; false when its frame refuses.
     bool leaveCurrentMode();
 

@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QFileSystemModel>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QTreeView>
 
 namespace lanmira {
@@ -42,6 +43,19 @@ CFoldersPane::CFoldersPane(const QString& startFolder, QWidget* parent)
     m_tree->viewport()->installEventFilter(this);
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &CFoldersPane::currentChanged);
+    // The model reads and sorts folders on a thread of its own: rows above the selected
+    // folder arrive after it was selected and push it out of sight, so the tree keeps it in
+    // view until the user takes over.
+    const auto follow = [this] {
+        if (m_follow)
+            m_tree->scrollTo(m_tree->currentIndex(), QAbstractItemView::PositionAtCenter);
+    };
+    connect(m_model, &QFileSystemModel::directoryLoaded, this, follow);
+    connect(m_model, &QAbstractItemModel::layoutChanged, this, follow);
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, follow);
+    m_tree->installEventFilter(this);
+    m_tree->viewport()->installEventFilter(this);
+    m_tree->verticalScrollBar()->installEventFilter(this);
     postMessage(this, msg::FOLDERS_PANE_CREATED);
 }
 
@@ -56,6 +70,7 @@ bool CFoldersPane::selectFolder(const QString& path) {
         m_tree->expand(p);
     m_tree->setCurrentIndex(index);
     m_tree->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    m_follow = true;
     // Choosing the folder that is already current still shows it (the start-up step).
     if (m_shown != info.absoluteFilePath())
         currentChanged();
@@ -64,6 +79,19 @@ bool CFoldersPane::selectFolder(const QString& path) {
 
 QString CFoldersPane::selectedFolder() const {
     return m_shown;
+}
+
+bool CFoldersPane::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::Wheel:
+    case QEvent::KeyPress:
+        m_follow = false;
+        break;
+    default:
+        break;
+    }
+    return QDockWidget::eventFilter(watched, event);
 }
 
 void CFoldersPane::customEvent(QEvent* event) {

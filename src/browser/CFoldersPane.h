@@ -46,6 +46,7 @@ private:
     QString m_startFolder;
     QString m_shown;
     std::function<void(DropRequest)> m_dropHandler;
+    bool m_follow = false; // the selection is kept in view while folders are still read
 };
 
 } // namespace lanmira

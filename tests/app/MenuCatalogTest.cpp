@@ -17,6 +17,8 @@
 #include "i18n/i18n.h"
 #include "platform/CImageOptionsDlg.h"
 #include "platform/MenuResource.h"
+#include "viewer/CFileSaveSetup.h"
+#include "viewer/CFmtDlg.h"
 #include "viewer/CMainFrame2.h"
 #include "viewer/CZoomCustomDlg.h"
 
@@ -53,6 +55,8 @@ TEST(MenuCatalog, EveryMenuEntryAndDialogControlHasAnEnglishText) {
     const std::pair<const char*, std::vector<int>> dialogs[] = {
         {CAboutDlg::dialogName(), CAboutDlg::controlIds()},
         {CAutoDlg::dialogName(), CAutoDlg::controlIds()},
+        {CFileSaveSetup::dialogName(), CFileSaveSetup::controlIds()},
+        {CFmtDlg::dialogName(), CFmtDlg::controlIds()},
         {CImageOptionsDlg::dialogName(), CImageOptionsDlg::controlIds()},
         {CSlideDlg::dialogName(), CSlideDlg::controlIds()},
         {CZoomCustomDlg::dialogName(), CZoomCustomDlg::controlIds()},
