@@ -57,6 +57,11 @@ static_assert(offsetof(ImageIoParams, errorText) == 96);
 
 inline constexpr std::uint8_t IMAGELIB_OPT_APPEND_PAGE = 0x01;
 
+// The most pixels a picture opened whole may have (about 11585 x 11585); bigger ones are
+// refused before anything is allocated. Pictures from elsewhere (the clipboard) are held
+// to the same budget.
+inline constexpr std::uint64_t IMAGELIB_MAX_PIXELS = std::uint64_t{1} << 27;
+
 // What a reduced decode reports of the file's own picture.
 struct ImageLibFullInfo {
     std::int32_t width;
