@@ -1,8 +1,11 @@
 #include "browser/ThumbnailCache.h"
 
+#include "acquire/DibLayout.h"
+#include "acquire/PackedDib.h"
 #include "browser/BrowserList.h"
 #include "browser/CacheEligibility.h"
 #include "browser/ThumbnailMaker.h"
+#include "imagelib/imagelib.h"
 
 #include <sys/stat.h>
 
@@ -324,6 +327,22 @@ TEST_F(ThumbnailCacheTest, MakeFromFiles) {
         EXPECT_EQ(r.large.pixels.size(), Thumbnail::stride(large.width()) * large.height());
         EXPECT_EQ(std::tuple(r.imageWidth, r.imageHeight, r.bitsPerPixel),
                   std::tuple(w, h, std::uint32_t(bits)));
+    }
+    // Other depths are stretched row by row, with the pixels of a stretch of a 24-bit copy.
+    for (const char* name : {"grey8.bmp", "tiny8.bmp"}) {
+        const QString path = images + QString::fromUtf8(name);
+        ImageIoParams params{};
+        const PackedDib dib = dibFromImageLib(ImageLib_Open(QFile::encodeName(path), &params));
+        const PackedDib rgb = dibToRgb24(dib);
+        const auto l = DibLayout::read(rgb.data(), rgb.size());
+        ASSERT_TRUE(l);
+        const ThumbnailMaker::Result r = ThumbnailMaker::make(path);
+        for (const Thumbnail* t : {&r.large, &r.small})
+            EXPECT_EQ(t->pixels,
+                      ThumbnailMaker::stretch24(rgb.data() + l->pixelOffset, l->width, l->height,
+                                                l->stride, t->width, t->height)
+                          .pixels)
+                << name;
     }
     // Exactly the thumbnail's size: the rows are copied.
     const Bytes file = bmp(96, 72, 24);
