@@ -1,6 +1,6 @@
 #include "imagelib/tiff/TiffPageReader.h"
 
-#include "imagelib/tiff/TiffShrinkReader.h"
+#include "imagelib/core/BoxShrinker.h"
 
 #include <algorithm>
 #include <cmath>
@@ -384,7 +384,7 @@ bool readShrunk(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit,
     if (!DibBuffer::sizeAcceptable(l.width, l.height, p.outBits, error) ||
         !measureBlocks(tif, l, p, limit, b, error))
         return false;
-    TiffShrinkReader shrink;
+    BoxShrinker shrink;
     if (!shrink.start({l.width, l.height, factor, p.channelCount, l.bps, p.invert, b.height,
                        std::min(b.width, l.width), l.separate() ? 1u : std::uint32_t{l.spp}},
                       error))
@@ -545,7 +545,7 @@ void readTiffPage(TIFF* tif, std::size_t fileSize, const DecodeRequest& request,
     const Plan plan = choosePlan(tif, l);
     const std::uint32_t factor =
         shrinkable(l, plan)
-            ? TiffShrinkReader::factorFor(l.width, l.height, request.boxWidth, request.boxHeight)
+            ? BoxShrinker::factorFor(l.width, l.height, request.boxWidth, request.boxHeight)
             : 1;
     if (plan.kind == Kind::Fallback) {
         if (!readRgba(tif, l, result))

@@ -9,11 +9,11 @@
 
 namespace imagelib {
 
-// Turns the strips or tiles of an 8- or 16-bit grey or RGB picture into a picture `factor`
+// Turns the rows, strips or tiles of an 8- or 16-bit grey or RGB picture into a picture `factor`
 // times smaller on each side: every output pixel is the mean of its factor x factor block of
 // samples. Only the output, one block row of column sums and the output rows a band of blocks
 // touches are held, never the whole picture.
-class TiffShrinkReader {
+class BoxShrinker {
 public:
     struct Shape {
         std::uint32_t width = 0;
@@ -42,6 +42,13 @@ public:
                   const std::uint8_t* const* channel, std::size_t rowBytes, std::size_t step);
     // Every row above `y` has been added; output rows finished by then are written.
     void rowsDone(std::uint32_t y);
+    // One whole row y of interleaved samples (channels of them a pixel), rows given in order.
+    void addRow(std::uint32_t y, const std::uint8_t* samples) {
+        const std::size_t size = m_shape.bitsPerSample / 8;
+        const std::uint8_t* channel[3] = {samples, samples + size, samples + 2 * size};
+        addBlock(y, 1, 0, m_shape.width, channel, 0, static_cast<std::size_t>(m_shape.channels));
+        rowsDone(y + 1);
+    }
     DibBuffer& dib() { return m_dib; }
 
 private:

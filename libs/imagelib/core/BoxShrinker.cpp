@@ -1,4 +1,4 @@
-#include "imagelib/tiff/TiffShrinkReader.h"
+#include "imagelib/core/BoxShrinker.h"
 
 #include <algorithm>
 #include <cstring>
@@ -31,8 +31,8 @@ void addDown(std::uint32_t* __restrict sums, const std::uint8_t* __restrict row,
 
 } // namespace
 
-std::uint32_t TiffShrinkReader::factorFor(std::uint32_t width, std::uint32_t height, int boxWidth,
-                                          int boxHeight) {
+std::uint32_t BoxShrinker::factorFor(std::uint32_t width, std::uint32_t height, int boxWidth,
+                                     int boxHeight) {
     if ((boxWidth <= 0 && boxHeight <= 0) || width == 0 || height == 0)
         return 1;
     // ceil(size / k) >= 2 * box  <=>  k <= (size - 1) / (2 * box - 1)
@@ -46,7 +46,7 @@ std::uint32_t TiffShrinkReader::factorFor(std::uint32_t width, std::uint32_t hei
     return k >= 2 ? static_cast<std::uint32_t>(k) : 1;
 }
 
-bool TiffShrinkReader::start(const Shape& shape, std::string& error) {
+bool BoxShrinker::start(const Shape& shape, std::string& error) {
     m_shape = shape;
     Shape& s = m_shape;
     s.factor = std::clamp<std::uint32_t>(s.factor, 1, kMaxFactor);
@@ -77,9 +77,9 @@ bool TiffShrinkReader::start(const Shape& shape, std::string& error) {
     return true;
 }
 
-void TiffShrinkReader::addBlock(std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
-                                std::uint32_t cols, const std::uint8_t* const* channel,
-                                std::size_t rowBytes, std::size_t step) {
+void BoxShrinker::addBlock(std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
+                           std::uint32_t cols, const std::uint8_t* const* channel,
+                           std::size_t rowBytes, std::size_t step) {
     if (m_shape.bitsPerSample == 16)
         addBlockOf<std::uint16_t>(y0, rows, x0, cols, channel, rowBytes, step);
     else
@@ -87,9 +87,9 @@ void TiffShrinkReader::addBlock(std::uint32_t y0, std::uint32_t rows, std::uint3
 }
 
 template <typename T>
-void TiffShrinkReader::addBlockOf(std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
-                                  std::uint32_t cols, const std::uint8_t* const* channel,
-                                  std::size_t rowBytes, std::size_t step) {
+void BoxShrinker::addBlockOf(std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
+                             std::uint32_t cols, const std::uint8_t* const* channel,
+                             std::size_t rowBytes, std::size_t step) {
     const Shape& s = m_shape;
     const int n = s.channels;
     if (rows == 0 || cols == 0 || step == 0 || x0 >= s.width || cols > s.width - x0 ||
@@ -134,7 +134,7 @@ void TiffShrinkReader::addBlockOf(std::uint32_t y0, std::uint32_t rows, std::uin
     }
 }
 
-void TiffShrinkReader::rowsDone(std::uint32_t y) {
+void BoxShrinker::rowsDone(std::uint32_t y) {
     std::uint32_t done = y >= m_shape.height ? m_outHeight : y / m_shape.factor;
     done = std::min(done, m_firstHeld + m_heldRows);
     if (done <= m_firstHeld)
@@ -150,7 +150,7 @@ void TiffShrinkReader::rowsDone(std::uint32_t y) {
     m_firstHeld = done;
 }
 
-void TiffShrinkReader::emit(std::uint32_t outRow, const std::uint32_t* sums) {
+void BoxShrinker::emit(std::uint32_t outRow, const std::uint32_t* sums) {
     const Shape& s = m_shape;
     const std::uint64_t max = s.bitsPerSample == 16 ? 65535 : 255;
     const std::uint32_t rows = std::min(s.factor, s.height - outRow * s.factor);
