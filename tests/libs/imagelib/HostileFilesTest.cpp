@@ -215,8 +215,7 @@ TEST(HostileFiles, AreRefusedOrThumbnailedWithinBounds) {
          "The picture is 23168 x 23168 pixels, too large to open.", 64, 0.5},
         {"RLE bitmap 65535 x 21845, opened", rle(65535, 21845), Mode::Open,
          "The picture is 65535 x 21845 pixels, too large to open.", 64, 0.5},
-        {"RLE bitmap 65535 x 21845, thumbnail", rle(65535, 21845), Mode::Thumbnail,
-         "The picture is 65535 x 21845 pixels, too large to open.", 100, 30},
+        {"RLE bitmap 65535 x 21845, thumbnail", rle(65535, 21845), Mode::Thumbnail, "", 100, 30},
         {"RLE bitmap within the budget, opened", rle(8000, 6000), Mode::Open, "", 100, 5},
     };
     for (const Case& c : cases) {
@@ -240,6 +239,59 @@ TEST(HostileFiles, AreRefusedOrThumbnailedWithinBounds) {
             EXPECT_LE(std::int64_t{d.header().width} * d.header().height, 4 << 20)
                 << "a thumbnail's picture stays small";
             EXPECT_GT(full.width, d.header().width);
+        }
+    }
+}
+
+// A streamed thumbnail is the mean of each block of the picture opened whole, the right way
+// up, whatever the depth.
+TEST(HostileFiles, StreamedThumbnailsAverageThePictureOpenedWhole) {
+    ScratchDir dir;
+    constexpr int kW = 800, kH = 600;
+    std::vector<imagelib::RgbQuad> palette;
+    for (int i = 0; i < 256; ++i)
+        palette.push_back({static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(255 - i),
+                           static_cast<std::uint8_t>(i * 7), 0});
+    Bytes indices(std::size_t{kW} * kH), rgb(std::size_t{kW} * kH * 3);
+    for (int y = 0; y < kH; ++y)
+        for (int x = 0; x < kW; ++x) {
+            const std::size_t i = std::size_t{static_cast<unsigned>(y)} * kW + x;
+            indices[i] = static_cast<std::uint8_t>((x / 7 + y / 5 * 3) & 255);
+            for (int c = 0; c < 3; ++c)
+                rgb[3 * i + c] = static_cast<std::uint8_t>(x * (c + 1) / 4 + y * (3 - c) / 3);
+        }
+    const Bytes paletted = makeDib(kW, kH, 8, palette, indices);
+    const Bytes colour = makeDib(kW, kH, 24, {}, rgb);
+    const Bytes grey = makeDib(kW, kH, 8, greyRamp(256), indices);
+    const std::tuple<const char*, const Bytes*, std::uint32_t> cases[] = {
+        {"8-bit.bmp", &paletted, IMAGELIB_FMT_BMP},
+        {"24-bit.bmp", &colour, IMAGELIB_FMT_BMP},
+        {"8-bit.png", &paletted, IMAGELIB_FMT_PNG},
+        {"24-bit.png", &colour, IMAGELIB_FMT_PNG},
+        {"grey.png", &grey, IMAGELIB_FMT_PNG}};
+    for (const auto& [name, dib, format] : cases) {
+        SCOPED_TRACE(name);
+        const std::string path = dir.file(name);
+        ImageIoParams params = saveParams(format);
+        ASSERT_TRUE(ImageLib_Save(path.c_str(), dib->data(), &params));
+        const DecodedPicture whole = openFile(path);
+        ImageLibFullInfo full{};
+        const DecodedPicture small = openScaled(path, 96, full);
+        ASSERT_TRUE(whole.dib && small.dib);
+        EXPECT_EQ(std::tuple(full.width, full.height), std::tuple(kW, kH));
+        // 3 is the largest block that keeps twice the box on both sides of 800 x 600.
+        ASSERT_EQ(std::tuple(small.header().width, small.header().height), std::tuple(267, 200));
+        for (const auto& [sx, sy] : {std::pair{0, 0}, {10, 7}, {266, 199}, {133, 50}}) {
+            int sum[3] = {0, 0, 0};
+            int n = 0;
+            for (int y = 3 * sy; y < std::min(kH, 3 * sy + 3); ++y)
+                for (int x = 3 * sx; x < std::min(kW, 3 * sx + 3); ++x, ++n)
+                    for (int c = 0; c < 3; ++c)
+                        sum[c] += whole.pixel(x, y)[static_cast<std::size_t>(c)];
+            const Bgra got = small.pixel(sx, sy);
+            for (int c = 0; c < 3; ++c)
+                EXPECT_NEAR(got[static_cast<std::size_t>(c)], (sum[c] + n / 2) / n, 1)
+                    << sx << "," << sy << " channel " << c;
         }
     }
 }
