@@ -208,7 +208,7 @@ TEST(HostileFiles, AreRefusedOrThumbnailedWithinBounds) {
         {"broken interlaced PNG 46000 square, thumbnail", png(46000, true, 0.5, 250000),
          Mode::Thumbnail, "", 100, 30}, // the first pass arrived whole
         {"G4 fax 37800 square, opened", fax(37800), Mode::Open, tooLarge37800, 64, 0.5},
-        {"G4 fax 37800 square, thumbnail", fax(37800), Mode::Thumbnail, tooLarge37800, 100, 30},
+        {"G4 fax 37800 square, thumbnail", fax(37800), Mode::Thumbnail, "", 100, 30},
         {"progressive JPEG 23168 square, opened", jpeg(23168), Mode::Open,
          "The picture is 23168 x 23168 pixels, too large to open.", 64, 0.5},
         {"progressive JPEG 23168 square, thumbnail", jpeg(23168), Mode::Thumbnail,
@@ -263,12 +263,16 @@ TEST(HostileFiles, StreamedThumbnailsAverageThePictureOpenedWhole) {
     const Bytes paletted = makeDib(kW, kH, 8, palette, indices);
     const Bytes colour = makeDib(kW, kH, 24, {}, rgb);
     const Bytes grey = makeDib(kW, kH, 8, greyRamp(256), indices);
+    Bytes bits(std::size_t{(kW + 7) / 8} * kH);
+    for (std::size_t i = 0; i < bits.size(); ++i)
+        bits[i] = static_cast<std::uint8_t>(i * 37 / 5);
+    const Bytes bilevel = makeDib(kW, kH, 1, {{0, 0, 0, 0}, {255, 255, 255, 0}}, bits);
     const std::tuple<const char*, const Bytes*, std::uint32_t> cases[] = {
-        {"8-bit.bmp", &paletted, IMAGELIB_FMT_BMP},
-        {"24-bit.bmp", &colour, IMAGELIB_FMT_BMP},
-        {"8-bit.png", &paletted, IMAGELIB_FMT_PNG},
-        {"24-bit.png", &colour, IMAGELIB_FMT_PNG},
-        {"grey.png", &grey, IMAGELIB_FMT_PNG}};
+        {"8-bit.bmp", &paletted, IMAGELIB_FMT_BMP},  {"24-bit.bmp", &colour, IMAGELIB_FMT_BMP},
+        {"8-bit.png", &paletted, IMAGELIB_FMT_PNG},  {"24-bit.png", &colour, IMAGELIB_FMT_PNG},
+        {"grey.png", &grey, IMAGELIB_FMT_PNG},       {"1-bit.png", &bilevel, IMAGELIB_FMT_PNG},
+        {"1-bit.bmp", &bilevel, IMAGELIB_FMT_BMP},   {"1-bit.tif", &bilevel, IMAGELIB_FMT_TIFF},
+        {"8-bit.tif", &paletted, IMAGELIB_FMT_TIFF}, {"24-bit.tif", &colour, IMAGELIB_FMT_TIFF}};
     for (const auto& [name, dib, format] : cases) {
         SCOPED_TRACE(name);
         const std::string path = dir.file(name);
