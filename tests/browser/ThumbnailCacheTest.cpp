@@ -11,11 +11,13 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <future>
 #include <vector>
 
 using namespace lanmira;
@@ -352,6 +354,52 @@ TEST_F(ThumbnailCacheTest, MakeFromFiles) {
     writeFile(images + u"junk.bmp"_s, {'B', 'M', 0, 1});
     const ThumbnailMaker::Result bad = ThumbnailMaker::make(images + u"junk.bmp"_s);
     EXPECT_TRUE(bad.large.empty() && bad.small.empty() && bad.large.width == 0);
+}
+
+// Whatever sits in a cache file's place, reading never blocks and never leaves the cache.
+TEST_F(ThumbnailCacheTest, FifosAndLinkedFoldersAreNeverOpenedOrFollowed) {
+    auto item = madeItem(u"a.bmp"_s);
+    const QString name = cache.fileNameFor(item->path);
+    const QString sub = name.left(name.lastIndexOf(u'/'));
+    ASSERT_TRUE(QDir().mkpath(sub));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(name).constData(), 0600), 0);
+    BrowserItem probe(item->path, item->format);
+    auto reading = std::async(std::launch::async, [&] { return cache.read(probe); });
+    if (reading.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+        // Let the reader go before failing, or the test would hang.
+        ::close(::open(QFile::encodeName(name).constData(), O_WRONLY | O_NONBLOCK));
+        FAIL() << "a FIFO in a cache file's place blocked the reader";
+    }
+    EXPECT_FALSE(reading.get());
+    EXPECT_FALSE(QFileInfo::exists(name)) << "what is not a cache file is cleared away";
+
+    // A linked sub-folder: a good cache file behind it is neither read nor written nor deleted.
+    cache.write(*item);
+    ASSERT_TRUE(QFileInfo(name).isFile());
+    const QString elsewhere = dir.path() + u"/elsewhere"_s;
+    ASSERT_TRUE(QDir().rename(sub, elsewhere));
+    ASSERT_TRUE(QFile::link(elsewhere, sub));
+    BrowserItem behindLink(item->path, item->format);
+    EXPECT_FALSE(cache.read(behindLink));
+    EXPECT_FALSE(behindLink.thumbnailDone());
+    const QString leaf = name.mid(name.lastIndexOf(u'/'));
+    EXPECT_TRUE(QFileInfo::exists(elsewhere + leaf));
+    QFile::remove(elsewhere + leaf);
+    cache.write(*item);
+    EXPECT_TRUE(QDir(elsewhere)
+                    .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)
+                    .isEmpty());
+}
+
+TEST(ThumbnailCacheRoot, AFolderThatCannotBeMadeMeansNoCache) {
+    QTemporaryDir dir;
+    const QString blocker = dir.path() + u"/file"_s;
+    writeFile(blocker, {1});
+    const QByteArray old = qgetenv("XDG_CACHE_HOME");
+    qputenv("XDG_CACHE_HOME", QFile::encodeName(blocker));
+    const QString root = ThumbnailCache::defaultRoot();
+    qputenv("XDG_CACHE_HOME", old);
+    EXPECT_TRUE(root.isEmpty()) << root.toStdString();
 }
 
 // A fake sysfs and a mount table with one mount of each kind.
