@@ -84,6 +84,17 @@ TEST(IniFile, GarbageReadsAsNothingAndIsLeftOutWhenRewritten) {
     EXPECT_EQ(readFile(file), "good=1\n# kept\n\n[sec]\nk=v\nmore=2\n\n[options]\nslide=3000\n");
 }
 
+TEST(IniFile, TheLongestLegalNameSaves) {
+    TempDir dir;
+    const fs::path file = dir.path / (std::string(250, 'n') + ".conf");
+    IniFile ini;
+    ini.setValue("", "k", "v");
+    ASSERT_TRUE(ini.save(file));
+    ASSERT_TRUE(ini.save(file));
+    EXPECT_EQ(readFile(file), "k=v\n");
+    EXPECT_EQ(folderEntries(dir.path).size(), 1u);
+}
+
 TEST(IniFile, FailedSavesKeepTheOldFileAndLeaveNoTemporaries) {
     TempDir dir;
     const fs::path file = dir.path / "sub" / "x.conf";
