@@ -69,7 +69,8 @@ bool BoxShrinker::start(const Shape& shape, std::string& error) {
     m_columns.reset(new (std::nothrow) std::uint32_t[m_columnCount]);
     m_sums.reset(new (std::nothrow)
                      std::uint32_t[std::size_t{m_heldRows} * m_outWidth * s.channels]());
-    if (!m_columns || !m_sums) {
+    m_down.reset(new (std::nothrow) std::uint32_t[std::size_t{s.width} * s.channels]());
+    if (!m_columns || !m_sums || !m_down) {
         m_dib = {};
         error = "There is not enough memory to open the image.";
         return false;
@@ -132,6 +133,30 @@ void BoxShrinker::addBlockOf(std::uint32_t y0, std::uint32_t rows, std::uint32_t
                 sums[std::size_t{out} * n + c] += sum[c];
         }
     }
+}
+
+void BoxShrinker::addRow(std::uint32_t y, const std::uint8_t* samples) {
+    const Shape& s = m_shape;
+    if (y >= s.height || y / s.factor != m_firstHeld)
+        return; // rows out of order are ignored, as blocks are
+    const std::size_t count = std::size_t{s.width} * s.channels;
+    std::uint32_t* down = m_down.get();
+    if (s.bitsPerSample == 16)
+        addDown<std::uint16_t>(down, samples, count);
+    else
+        addDown<std::uint8_t>(down, samples, count);
+    if ((y + 1) % s.factor != 0 && y + 1 != s.height)
+        return;
+    std::uint32_t* sums = m_sums.get();
+    const int n = s.channels;
+    for (std::uint32_t out = 0, x = 0; out < m_outWidth; ++out) {
+        const std::uint32_t stop = std::min(s.width, x + s.factor);
+        for (; x < stop; ++x)
+            for (int c = 0; c < n; ++c)
+                sums[std::size_t{out} * n + c] += down[std::size_t{x} * n + c];
+    }
+    std::fill(down, down + count, 0u);
+    rowsDone(y + 1);
 }
 
 void BoxShrinker::rowsDone(std::uint32_t y) {

@@ -42,13 +42,10 @@ public:
                   const std::uint8_t* const* channel, std::size_t rowBytes, std::size_t step);
     // Every row above `y` has been added; output rows finished by then are written.
     void rowsDone(std::uint32_t y);
-    // One whole row y of interleaved samples (channels of them a pixel), rows given in order.
-    void addRow(std::uint32_t y, const std::uint8_t* samples) {
-        const std::size_t size = m_shape.bitsPerSample / 8;
-        const std::uint8_t* channel[3] = {samples, samples + size, samples + 2 * size};
-        addBlock(y, 1, 0, m_shape.width, channel, 0, static_cast<std::size_t>(m_shape.channels));
-        rowsDone(y + 1);
-    }
+    // One whole row y of interleaved samples (channels of them a pixel). Rows come in order
+    // from 0, and a picture is fed either by rows or by blocks, never both. The rows of an
+    // output row are summed down first and folded across once, when the last of them is in.
+    void addRow(std::uint32_t y, const std::uint8_t* samples);
     DibBuffer& dib() { return m_dib; }
 
 private:
@@ -62,6 +59,7 @@ private:
     std::unique_ptr<std::uint32_t[]> m_columns; // one block row's sums down each sample column
     std::size_t m_columnCount = 0;
     std::unique_ptr<std::uint32_t[]> m_sums; // m_heldRows rows of outWidth x channels sums
+    std::unique_ptr<std::uint32_t[]> m_down; // addRow: sums down each sample column
     std::uint32_t m_outWidth = 0;
     std::uint32_t m_outHeight = 0;
     std::uint32_t m_heldRows = 0;

@@ -417,9 +417,12 @@ bool readShrunkIndexed(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t 
     shape.width = l.width;
     shape.height = l.height;
     shape.factor = factor;
-    shape.channels = 3;
+    // Grey stays one channel, a third of the work of colour.
+    const bool grey = p.kind == Kind::Grey;
+    const int channels = grey ? 1 : 3;
+    shape.channels = channels;
     shape.blockWidth = l.width;
-    shape.samplesPerPixel = 3;
+    shape.samplesPerPixel = static_cast<std::uint32_t>(channels);
     const bool tiled = TIFFIsTiled(tif) != 0;
     Blocks b;
     if (tiled || l.separate()) {
@@ -430,15 +433,31 @@ bool readShrunkIndexed(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t 
     BoxShrinker shrink;
     if (!shrink.start(shape, error))
         return false;
-    std::vector<std::uint8_t> rgb(std::size_t{l.width} * 3);
+    std::vector<std::uint8_t> rgb(std::size_t{l.width} * 3 + 8);
     const unsigned max = (1u << l.bps) - 1u;
-    // Samples x0 .. x0 + cols - 1 of a row as RGB, from the start of the buffer.
+    // Bilevel rows, the common case by far, go a byte (eight pixels) at a time.
+    std::uint8_t eight[256][8];
+    for (int byte = 0; byte < 256; ++byte)
+        for (int bit = 0; bit < 8; ++bit) {
+            const unsigned v = (byte >> (7 - bit)) & 1u;
+            eight[byte][bit] = table[p.invert ? 1u - v : v].red;
+        }
+    // Samples x0 .. x0 + cols - 1 of a row as grey or RGB, from the start of the buffer.
     const auto toRgb = [&](const SampleRow& s, std::size_t cols) {
+        if (grey && l.bps == 1 && s.step == 1 && s.offset[0] == 0) {
+            for (std::size_t i = 0; i < (cols + 7) / 8; ++i)
+                std::memcpy(&rgb[8 * i], eight[s.base[0][i]], 8);
+            return;
+        }
         for (std::size_t x = 0; x < cols; ++x) {
             unsigned v = rawSample(s.base[0], x * s.step + s.offset[0], l.bps);
             if (p.invert)
                 v = max - v;
             const RgbQuad& q = table[v & 255];
+            if (grey) {
+                rgb[x] = q.red;
+                continue;
+            }
             rgb[3 * x] = q.red;
             rgb[3 * x + 1] = q.green;
             rgb[3 * x + 2] = q.blue;
@@ -472,7 +491,8 @@ bool readShrunkIndexed(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t 
             SampleRow s = first;
             for (std::uint32_t r = 0; r < rows; ++r) {
                 toRgb(s, cols);
-                shrink.addBlock(y0 + r, 1, x0, cols, channel, 0, 3);
+                shrink.addBlock(y0 + r, 1, x0, cols, channel, 0,
+                                static_cast<std::size_t>(channels));
                 s.base[0] += rowBytes;
             }
         };
@@ -480,6 +500,13 @@ bool readShrunkIndexed(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t 
             return false;
     }
     dib = std::move(shrink.dib());
+    if (grey) {
+        RgbQuad* ramp = dib.palette();
+        for (int i = 0; i < 256; ++i) {
+            const auto v = static_cast<std::uint8_t>(i);
+            ramp[i] = {v, v, v, 0};
+        }
+    }
     return true;
 }
 
