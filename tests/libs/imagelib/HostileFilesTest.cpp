@@ -123,7 +123,9 @@ TEST(HostileFiles, StreamedThumbnailsAverageThePictureOpenedWhole) {
         {"8-bit.png", &paletted, IMAGELIB_FMT_PNG},  {"24-bit.png", &colour, IMAGELIB_FMT_PNG},
         {"grey.png", &grey, IMAGELIB_FMT_PNG},       {"1-bit.png", &bilevel, IMAGELIB_FMT_PNG},
         {"1-bit.bmp", &bilevel, IMAGELIB_FMT_BMP},   {"1-bit.tif", &bilevel, IMAGELIB_FMT_TIFF},
-        {"8-bit.tif", &paletted, IMAGELIB_FMT_TIFF}, {"24-bit.tif", &colour, IMAGELIB_FMT_TIFF}};
+        {"8-bit.tif", &paletted, IMAGELIB_FMT_TIFF}, {"24-bit.tif", &colour, IMAGELIB_FMT_TIFF},
+        {"1-bit.pnm", &bilevel, IMAGELIB_FMT_PNM},   {"grey.pnm", &grey, IMAGELIB_FMT_PNM},
+        {"24-bit.pnm", &colour, IMAGELIB_FMT_PNM}};
     for (const auto& [name, dib, format] : cases) {
         SCOPED_TRACE(name);
         const std::string path = dir.file(name);
