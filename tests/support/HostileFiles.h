@@ -171,4 +171,14 @@ inline Bytes padded(Bytes file, std::size_t size) {
     return file;
 }
 
+// A GIF whose screen is `width` x `height` and whose one frame is a single pixel at its top
+// left: black on a white background.
+inline Bytes tinyFrameGif(std::uint16_t width, std::uint16_t height) {
+    const auto lo = [](std::uint16_t v) { return static_cast<std::uint8_t>(v & 0xFF); };
+    const auto hi = [](std::uint16_t v) { return static_cast<std::uint8_t>(v >> 8); };
+    return {'G', 'I', 'F', '8', '9',  'a',  lo(width), hi(width), lo(height), hi(height), 0x80, 1,
+            0,   0,   0,   0,   0xFF, 0xFF, 0xFF,      0x2C,      0,          0,          0,    0,
+            1,   0,   1,   0,   0,    2,    2,         0x44,      0x01,       0,          0x3B};
+}
+
 } // namespace hostile

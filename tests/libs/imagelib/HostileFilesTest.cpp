@@ -46,6 +46,9 @@ TEST(HostileFiles, AreRefusedOrThumbnailedWithinBounds) {
     const auto jpeg = [](std::uint16_t side) {
         return [=](const std::string&) { return padded(claimingJpeg(side), 12700); };
     };
+    const auto gif = [](std::uint16_t side) {
+        return [=](const std::string&) { return padded(tinyFrameGif(side, side), 100000); };
+    };
     const auto rle = [](std::int32_t width, std::int32_t height) {
         return [=](const std::string&) { return padded(rleBmp(width, height), 720000); };
     };
@@ -67,6 +70,9 @@ TEST(HostileFiles, AreRefusedOrThumbnailedWithinBounds) {
         {"RLE bitmap 65535 x 21845, opened", rle(65535, 21845), Mode::Open,
          "The picture is 65535 x 21845 pixels, too large to open.", 64, 0.5},
         {"RLE bitmap 65535 x 21845, thumbnail", rle(65535, 21845), Mode::Thumbnail, "", 100, 30},
+        {"GIF screen 20000 square, opened", gif(20000), Mode::Open,
+         "The picture is 20000 x 20000 pixels, too large to open.", 64, 0.5},
+        {"GIF screen 20000 square, thumbnail", gif(20000), Mode::Thumbnail, "", 100, 30},
         {"RLE bitmap within the budget, opened", rle(8000, 6000), Mode::Open, "", 100, 5},
     };
     for (const Case& c : cases) {
@@ -125,7 +131,7 @@ TEST(HostileFiles, StreamedThumbnailsAverageThePictureOpenedWhole) {
         {"1-bit.bmp", &bilevel, IMAGELIB_FMT_BMP},   {"1-bit.tif", &bilevel, IMAGELIB_FMT_TIFF},
         {"8-bit.tif", &paletted, IMAGELIB_FMT_TIFF}, {"24-bit.tif", &colour, IMAGELIB_FMT_TIFF},
         {"1-bit.pnm", &bilevel, IMAGELIB_FMT_PNM},   {"grey.pnm", &grey, IMAGELIB_FMT_PNM},
-        {"24-bit.pnm", &colour, IMAGELIB_FMT_PNM}};
+        {"24-bit.pnm", &colour, IMAGELIB_FMT_PNM},   {"8-bit.gif", &paletted, IMAGELIB_FMT_GIF}};
     for (const auto& [name, dib, format] : cases) {
         SCOPED_TRACE(name);
         const std::string path = dir.file(name);
