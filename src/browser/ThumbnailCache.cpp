@@ -2,6 +2,7 @@
 
 #include "browser/BrowserList.h"
 #include "browser/CacheEligibility.h"
+#include "browser/FileNames.h"
 #include "browser/FormatLookup.h"
 #include "imagelib/core/WriteAll.h"
 #include "platform/XdgPaths.h"
@@ -126,7 +127,7 @@ struct CacheFolder {
     QByteArray leaf;
 
     explicit CacheFolder(const QString& name) {
-        const QByteArray native = QFile::encodeName(name);
+        const QByteArray native = filenames::encode(name);
         const qsizetype slash = native.lastIndexOf('/');
         leaf = native.mid(slash + 1);
         dir = settings::UniqueFd(::open(native.left(slash).constData(),
@@ -143,7 +144,7 @@ struct CacheFolder {
 
 FileTime fileTimeOf(const QString& path, bool* exists, int* error) {
     struct stat st {};
-    const bool ok = ::stat(QFile::encodeName(path).constData(), &st) == 0;
+    const bool ok = ::stat(filenames::encode(path).constData(), &st) == 0;
     if (exists)
         *exists = ok;
     if (error)
@@ -153,7 +154,7 @@ FileTime fileTimeOf(const QString& path, bool* exists, int* error) {
 
 FileTime linkTimeOf(const QString& path, bool* exists, int* error) {
     struct stat st {};
-    const bool ok = ::lstat(QFile::encodeName(path).constData(), &st) == 0;
+    const bool ok = ::lstat(filenames::encode(path).constData(), &st) == 0;
     if (exists)
         *exists = ok;
     if (error)
@@ -293,9 +294,9 @@ void ThumbnailCache::write(const BrowserItem& item) const {
     CacheFolder folder(name);
     if (!folder.dir && errno == ENOENT) {
         // At most two levels: the "xx" folder and the root above it.
-        const QByteArray sub = QFile::encodeName(name.left(name.lastIndexOf(u'/')));
+        const QByteArray sub = filenames::encode(name.left(name.lastIndexOf(u'/')));
         if (::mkdir(sub.constData(), 0700) != 0 && errno == ENOENT) {
-            ::mkdir(QFile::encodeName(m_root).constData(), 0700);
+            ::mkdir(filenames::encode(m_root).constData(), 0700);
             ::mkdir(sub.constData(), 0700);
         }
         folder = CacheFolder(name);
@@ -355,7 +356,7 @@ ThumbnailCache::Change ThumbnailCache::checkForChange(BrowserItem& item,
     item.dropThumbnails();
     const QString name = fileNameFor(imagePath);
     if (!name.isEmpty())
-        ::unlink(QFile::encodeName(name).constData());
+        ::unlink(filenames::encode(name).constData());
     return Changed;
 }
 
@@ -364,7 +365,7 @@ void ThumbnailCache::clean(int pick) const {
     const unsigned sub = static_cast<unsigned>(pick) & 0xFF;
     const QString folder =
         m_root + QLatin1Char(kHex[sub >> 4]) + QLatin1Char(kHex[sub & 15]) + u'/';
-    const int dirFd = ::open(QFile::encodeName(folder).constData(),
+    const int dirFd = ::open(filenames::encode(folder).constData(),
                              O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (dirFd < 0)
         return;
@@ -397,8 +398,9 @@ void ThumbnailCache::clean(int pick) const {
             const QString stored = pathField(field);
             // A path that is not eligible is never read back, and testing it could hang on a
             // dead network mount.
+            struct stat image {};
             keep = stored.startsWith(u'/') && CacheEligibility::eligible(stored) &&
-                   QFile::exists(stored);
+                   ::stat(filenames::encode(stored).constData(), &image) == 0;
         }
         if (!keep)
             ::unlinkat(dirFd, name, 0);

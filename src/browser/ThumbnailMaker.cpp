@@ -2,6 +2,7 @@
 
 #include "acquire/DibLayout.h"
 #include "acquire/PackedDib.h"
+#include "browser/FileNames.h"
 #include "imagelib/imagelib.h"
 
 #include <QFile>
@@ -258,7 +259,7 @@ ThumbnailMaker::Result ThumbnailMaker::make(const QString& path) {
     ImageIoParams params{};
     ImageLibFullInfo full{};
     // A reduced decode (JPEG's DCT scaling) still covers twice the large box.
-    PackedDib dib = dibFromImageLib(ImageLib_OpenScaled(QFile::encodeName(path).constData(),
+    PackedDib dib = dibFromImageLib(ImageLib_OpenScaled(filenames::encode(path).constData(),
                                                         &params, kLargeBox, kLargeBox, &full));
     if (!dib)
         return r;
