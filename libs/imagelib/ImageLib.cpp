@@ -2,6 +2,7 @@
 // sentences in the parameter block.
 #include "imagelib/imagelib.h"
 
+#include "imagelib/core/BoxShrinker.h"
 #include "imagelib/core/Codec.h"
 #include "imagelib/core/FileBytes.h"
 #include "imagelib/core/TempFile.h"
@@ -130,6 +131,7 @@ extern "C" void* ImageLib_OpenMemory(const void* data, std::size_t size, ImageIo
 
 extern "C" void* ImageLib_OpenScaled(const char* path, ImageIoParams* params, int boxWidth,
                                      int boxHeight, ImageLibFullInfo* full) {
+    startReducedDecode();
     DecodeRequest request;
     request.page = params ? std::max(0, params->pageIndex) : 0;
     request.boxWidth = std::max(0, boxWidth);

@@ -3,6 +3,7 @@
 #include "browser/BrowserList.h"
 #include "browser/ThumbnailCache.h"
 #include "browser/ThumbnailMaker.h"
+#include "imagelib/imagelib.h"
 #include "platform/Messages.h"
 
 #include <algorithm>
@@ -72,6 +73,9 @@ void ThumbnailWorker::makeFromFile(BrowserItem& item) {
 
 void ThumbnailWorker::run() {
     lowerToIdlePriority();
+    // A huge picture's thumbnail gives up when the list is abandoned (leaving the browser,
+    // closing the program) rather than keep them waiting for this thread.
+    ImageLib_SetStopWord(&m_list.stopRequest, BrowserList::kStopAbandon);
     for (;;) {
         {
             std::unique_lock lock(m_wakeLock);
@@ -130,14 +134,19 @@ bool ThumbnailWorker::process(std::unique_lock<std::mutex>& listLock, BrowserIte
     const std::uint64_t generation = m_list.generation();
     listLock.unlock();
     const bool cached = m_cache && m_cache->read(found);
+    bool gaveUp = false;
     if (!cached) {
         m_maker(found);
+        gaveUp = ImageLib_GaveUp() != 0;
         if (m_cache && (!found.large.empty() || !found.small.empty()))
             m_cache->write(found);
     }
     listLock.lock();
     if (m_list.generation() != generation)
         return false;
+    // A thumbnail given up half-way is no verdict on the file: it is tried again next pass.
+    if (gaveUp)
+        return true;
     if (m_cache) {
         item.imageTime = found.imageTime;
         item.linkTime = found.linkTime;

@@ -205,16 +205,17 @@ bool decodeShrunk(std::span<const std::uint8_t> b, std::span<const std::uint8_t>
     if (rle) {
         std::vector<std::uint8_t> indices(w, 0);
         std::uint32_t next = 0; // the first row not yet handed on
+        bool stopped = false;
         const auto flushBelow = [&](std::uint32_t y) {
-            for (; next < y && next < h; ++next) {
+            for (; next < y && next < h && !stopped; ++next) {
                 fromIndices([&](std::uint32_t x) { return indices[x]; });
-                shrink.addRow(next, rgb.data());
+                stopped = !shrink.addRow(next, rgb.data());
                 std::fill(indices.begin(), indices.end(), 0);
             }
         };
         const bool ok = walkRle(
             data, f.compression == kBiRle4, static_cast<int>(h), [&](int x, int y, int index) {
-                if (x < 0 || x >= f.width || y < 0 || y >= f.height)
+                if (x < 0 || x >= f.width || y < 0 || y >= f.height || stopped)
                     return;
                 flushBelow(static_cast<std::uint32_t>(y));
                 indices[static_cast<std::size_t>(x)] = static_cast<std::uint8_t>(index);
@@ -224,6 +225,8 @@ bool decodeShrunk(std::span<const std::uint8_t> b, std::span<const std::uint8_t>
             return false;
         }
         flushBelow(h);
+        if (stopped)
+            return false;
     } else {
         const std::size_t fileStride = dibStride(w, static_cast<std::uint32_t>(f.bitCount));
         const MaskChannel red(f.masks[0]), green(f.masks[1]), blue(f.masks[2]);
@@ -266,7 +269,8 @@ bool decodeShrunk(std::span<const std::uint8_t> b, std::span<const std::uint8_t>
                 }
                 break;
             }
-            shrink.addRow(y, rgb.data());
+            if (!shrink.addRow(y, rgb.data()))
+                return false;
         }
     }
     r.dib = std::move(shrink.dib());

@@ -1,5 +1,7 @@
 #include "imagelib/core/BoxShrinker.h"
 
+#include "imagelib/imagelib.h"
+
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -135,10 +137,32 @@ void BoxShrinker::addBlockOf(std::uint32_t y0, std::uint32_t rows, std::uint32_t
     }
 }
 
-void BoxShrinker::addRow(std::uint32_t y, const std::uint8_t* samples) {
+namespace {
+
+thread_local const std::atomic<std::int32_t>* t_stopWord = nullptr;
+thread_local std::int32_t t_stopValue = 0;
+thread_local bool t_gaveUp = false;
+
+} // namespace
+
+bool reducedDecodeStopped() {
+    if (t_stopWord && t_stopWord->load(std::memory_order_relaxed) == t_stopValue)
+        t_gaveUp = true;
+    return t_gaveUp;
+}
+
+void startReducedDecode() {
+    t_gaveUp = false;
+}
+
+bool BoxShrinker::addRow(std::uint32_t y, const std::uint8_t* samples) {
     const Shape& s = m_shape;
+    // Checked every output row: often enough to stop within milliseconds, rarely enough
+    // to cost nothing.
+    if (y % s.factor == 0 && reducedDecodeStopped())
+        return false;
     if (y >= s.height || y / s.factor != m_firstHeld)
-        return; // rows out of order are ignored, as blocks are
+        return true; // rows out of order are ignored, as blocks are
     const std::size_t count = std::size_t{s.width} * s.channels;
     std::uint32_t* down = m_down.get();
     if (s.bitsPerSample == 16)
@@ -146,7 +170,7 @@ void BoxShrinker::addRow(std::uint32_t y, const std::uint8_t* samples) {
     else
         addDown<std::uint8_t>(down, samples, count);
     if ((y + 1) % s.factor != 0 && y + 1 != s.height)
-        return;
+        return true;
     std::uint32_t* sums = m_sums.get();
     const int n = s.channels;
     for (std::uint32_t out = 0, x = 0; out < m_outWidth; ++out) {
@@ -157,6 +181,7 @@ void BoxShrinker::addRow(std::uint32_t y, const std::uint8_t* samples) {
     }
     std::fill(down, down + count, 0u);
     rowsDone(y + 1);
+    return true;
 }
 
 void BoxShrinker::rowsDone(std::uint32_t y) {
@@ -198,3 +223,13 @@ void BoxShrinker::emit(std::uint32_t outRow, const std::uint32_t* sums) {
 }
 
 } // namespace imagelib
+
+extern "C" void ImageLib_SetStopWord(const std::atomic<std::int32_t>* word,
+                                     std::int32_t stopValue) {
+    imagelib::t_stopWord = word;
+    imagelib::t_stopValue = stopValue;
+}
+
+extern "C" int ImageLib_GaveUp() {
+    return imagelib::t_gaveUp ? 1 : 0;
+}

@@ -13,6 +13,11 @@ namespace imagelib {
 // times smaller on each side: every output pixel is the mean of its factor x factor block of
 // samples. Only the output, one block row of column sums and the output rows a band of blocks
 // touches are held, never the whole picture.
+// Whether the calling thread's reduced decode was asked to give up; once true, remembered
+// until the next reduced decode starts (see ImageLib_GaveUp).
+bool reducedDecodeStopped();
+void startReducedDecode();
+
 class BoxShrinker {
 public:
     struct Shape {
@@ -45,7 +50,8 @@ public:
     // One whole row y of interleaved samples (channels of them a pixel). Rows come in order
     // from 0, and a picture is fed either by rows or by blocks, never both. The rows of an
     // output row are summed down first and folded across once, when the last of them is in.
-    void addRow(std::uint32_t y, const std::uint8_t* samples);
+    // False when the thread's stop word says to give up (see ImageLib_SetStopWord).
+    [[nodiscard]] bool addRow(std::uint32_t y, const std::uint8_t* samples);
     DibBuffer& dib() { return m_dib; }
 
 private:

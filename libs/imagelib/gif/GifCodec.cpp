@@ -192,7 +192,8 @@ bool decodeFrameShrunk(GifFileType& gif, int transparent, std::uint32_t factor, 
     for (int y = 0; y < gif.SHeight; ++y) {
         const int frameY = y - frame.Top;
         if (frameY < 0 || frameY >= visibleRows) {
-            shrink.addRow(static_cast<std::uint32_t>(y), backgroundRow.data());
+            if (!shrink.addRow(static_cast<std::uint32_t>(y), backgroundRow.data()))
+                return false;
             continue;
         }
         if (DGifGetLine(&gif, line.data(), frame.Width) == GIF_ERROR) {
@@ -205,7 +206,8 @@ bool decodeFrameShrunk(GifFileType& gif, int transparent, std::uint32_t factor, 
             if (index != transparent)
                 std::memcpy(&row[3 * static_cast<std::size_t>(frame.Left + x)], rgb[index], 3);
         }
-        shrink.addRow(static_cast<std::uint32_t>(y), row.data());
+        if (!shrink.addRow(static_cast<std::uint32_t>(y), row.data()))
+            return false;
     }
     if (!empty && visibleRows < frame.Height && !skipPixels(gif)) {
         error = kDamaged;

@@ -267,7 +267,8 @@ bool decodeShrunk(Reader& reader, const Header& h, std::uint32_t width, std::uin
             png_error(png, "unexpected row size");
         for (std::uint32_t y = 0; y < height; ++y) {
             png_read_row(png, row.data(), nullptr);
-            shrink.addRow(y, row.data());
+            if (!shrink.addRow(y, row.data()))
+                png_error(png, "stopped");
         }
     });
     if (!ok) {

@@ -285,7 +285,8 @@ bool readShrunk(std::span<const std::uint8_t> raster, const Header& h, std::uint
                 samples[i] = scale[std::min<std::uint64_t>(v, scale.size() - 1)];
             }
         }
-        shrink.addRow(y, samples.data());
+        if (!shrink.addRow(y, samples.data()))
+            return false;
     }
     r.dib = std::move(shrink.dib());
     if (!colour) {

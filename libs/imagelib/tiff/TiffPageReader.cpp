@@ -483,7 +483,10 @@ bool readShrunkIndexed(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t 
                 return false;
             }
             toRgb(s, l.width);
-            shrink.addRow(y, rgb.data());
+            if (!shrink.addRow(y, rgb.data())) {
+                error = kDamaged;
+                return false;
+            }
         }
     } else {
         const auto block = [&](std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,

@@ -9,7 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <functional>
+#include <thread>
 
 namespace {
 
@@ -157,6 +160,27 @@ TEST(HostileFiles, StreamedThumbnailsAverageThePictureOpenedWhole) {
                     << sx << "," << sy << " channel " << c;
         }
     }
+}
+
+// Whoever waits for the thread that streams a huge thumbnail can make it give up at once.
+TEST(HostileFiles, AStreamedThumbnailGivesUpWhenItsThreadIsToldToStop) {
+    ScratchDir dir;
+    const std::string path = dir.file("huge.png");
+    writeFile(path, whitePng(37800, false));
+    std::atomic<std::int32_t> word{0};
+    ImageLib_SetStopWord(&word, 2);
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        word.store(2);
+    });
+    ImageLibFullInfo full{};
+    const auto spent = memorycap::run(100, [&] { EXPECT_FALSE(openScaled(path, 96, full).dib); });
+    stopper.join();
+    EXPECT_EQ(ImageLib_GaveUp(), 1) << "given up, not failed on the file";
+    ImageLib_SetStopWord(nullptr, 0);
+    EXPECT_LT(spent.seconds, 1.0);
+    EXPECT_TRUE(openScaled(path, 96, full).dib);
+    EXPECT_EQ(ImageLib_GaveUp(), 0);
 }
 
 } // namespace
