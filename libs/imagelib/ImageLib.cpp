@@ -2,6 +2,7 @@
 // sentences in the parameter block.
 #include "imagelib/imagelib.h"
 
+#include "imagelib/core/BoxShrinker.h"
 #include "imagelib/core/Codec.h"
 #include "imagelib/core/FileBytes.h"
 #include "imagelib/core/TempFile.h"
@@ -18,11 +19,31 @@ using namespace imagelib;
 void setError(ImageIoParams* params, const std::string& text) {
     if (!params)
         return;
-    // The texts are ASCII English; anything else is replaced rather than mis-decoded.
-    const std::size_t n = std::min(text.size(), std::size(params->errorText) - 1);
-    for (std::size_t i = 0; i < n; ++i) {
+    // The texts are English UTF-8 (a size names its "×"); a malformed sequence becomes '?'
+    // rather than being mis-decoded.
+    const std::size_t room = std::size(params->errorText) - 1;
+    std::size_t n = 0;
+    for (std::size_t i = 0; i < text.size() && n < room;) {
         const auto c = static_cast<unsigned char>(text[i]);
-        params->errorText[i] = c < 0x80 ? static_cast<char16_t>(c) : u'?';
+        char32_t code = u'?';
+        std::size_t len = 1;
+        if (c < 0x80) {
+            code = c;
+        } else if ((c & 0xE0) == 0xC0 && i + 1 < text.size() &&
+                   (static_cast<unsigned char>(text[i + 1]) & 0xC0) == 0x80) {
+            code = static_cast<char32_t>((c & 0x1F) << 6 | (text[i + 1] & 0x3F));
+            len = 2;
+        } else if ((c & 0xF0) == 0xE0 && i + 2 < text.size() &&
+                   (static_cast<unsigned char>(text[i + 1]) & 0xC0) == 0x80 &&
+                   (static_cast<unsigned char>(text[i + 2]) & 0xC0) == 0x80) {
+            code = static_cast<char32_t>((c & 0x0F) << 12 | (text[i + 1] & 0x3F) << 6 |
+                                         (text[i + 2] & 0x3F));
+            len = 3;
+        }
+        if (len > 1 && (code < 0x80 || (code >= 0xD800 && code < 0xE000)))
+            code = u'?'; // overlong forms and surrogates
+        params->errorText[n++] = static_cast<char16_t>(code);
+        i += len;
     }
     params->errorText[n] = u'\0';
 }
@@ -110,6 +131,7 @@ extern "C" void* ImageLib_OpenMemory(const void* data, std::size_t size, ImageIo
 
 extern "C" void* ImageLib_OpenScaled(const char* path, ImageIoParams* params, int boxWidth,
                                      int boxHeight, ImageLibFullInfo* full) {
+    startReducedDecode();
     DecodeRequest request;
     request.page = params ? std::max(0, params->pageIndex) : 0;
     request.boxWidth = std::max(0, boxWidth);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -57,6 +58,11 @@ static_assert(offsetof(ImageIoParams, errorText) == 96);
 
 inline constexpr std::uint8_t IMAGELIB_OPT_APPEND_PAGE = 0x01;
 
+// The most pixels a picture opened whole may have (about 11585 x 11585); bigger ones are
+// refused before anything is allocated. Pictures from elsewhere (the clipboard) are held
+// to the same budget.
+inline constexpr std::uint64_t IMAGELIB_MAX_PIXELS = std::uint64_t{1} << 27;
+
 // What a reduced decode reports of the file's own picture.
 struct ImageLibFullInfo {
     std::int32_t width;
@@ -79,6 +85,14 @@ void* ImageLib_OpenMemory(const void* data, std::size_t size, ImageIoParams* par
 void* ImageLib_OpenScaled(const char* path, ImageIoParams* params, int boxWidth, int boxHeight,
                           ImageLibFullInfo* full);
 void ImageLib_Free(void* dib);
+
+// For the calling thread's reduced decodes: once `*word` holds `stopValue`, a thumbnail
+// being streamed gives up (nullptr) instead of running to its end, so that whoever waits
+// for the thread is not kept waiting by a huge picture. nullptr: nothing stops them.
+void ImageLib_SetStopWord(const std::atomic<std::int32_t>* word, std::int32_t stopValue);
+// Non-zero when the calling thread's last ImageLib_OpenScaled gave up for its stop word,
+// rather than failing on the file.
+int ImageLib_GaveUp();
 
 // Bytes of a block from ImageLib_Open (header, colour table and rows).
 std::size_t ImageLib_DibSize(const void* dib);

@@ -4,7 +4,9 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <string>
 #include <unistd.h>
@@ -73,8 +75,11 @@ bool writeFileAtomically(const fs::path& file, std::string_view data) {
             return false;
     }
 
-    // Hidden, so a half-written file never looks like settings to anyone listing the folder.
-    std::string temp = (dir / ("." + target.filename().string() + ".XXXXXX")).string();
+    // Hidden, so a half-written file never looks like settings to anyone listing the folder;
+    // shortened when need be, so the dot and suffix never take a long name past the limit.
+    std::string leaf = target.filename().string();
+    leaf.resize(std::min<std::size_t>(leaf.size(), NAME_MAX - 8));
+    std::string temp = (dir / ("." + leaf + ".XXXXXX")).string();
     UniqueFd fd(::mkostemp(temp.data(), O_CLOEXEC));
     if (!fd)
         return false;

@@ -128,29 +128,39 @@ IniFile IniFile::parse(std::string_view text) {
     return ini;
 }
 
-IniFile IniFile::load(const std::filesystem::path& file) {
-    UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+std::optional<IniFile> IniFile::read(const std::filesystem::path& file) {
+    // Non-blocking, so a FIFO or a device put in the file's place cannot hang the caller.
+    UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    if (!fd)
+        return errno == ENOENT ? std::optional<IniFile>(IniFile{}) : std::nullopt;
     struct stat st {};
-    if (!fd || ::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode) ||
+    if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode) ||
         static_cast<std::uintmax_t>(st.st_size) > maxFileSize)
-        return {};
+        return std::nullopt;
     // The size may change while we read; never take in more than the cap.
-    std::string text(maxFileSize + 1, '\0');
+    std::string text(static_cast<std::size_t>(st.st_size) + 1, '\0');
     std::size_t got = 0;
-    while (got < text.size()) {
+    for (;;) {
+        if (got == text.size()) {
+            if (text.size() > maxFileSize)
+                return std::nullopt;
+            text.resize(std::min(text.size() * 2, maxFileSize + 1));
+        }
         const ssize_t n = ::read(fd.get(), text.data() + got, text.size() - got);
         if (n < 0 && errno == EINTR)
             continue;
         if (n < 0)
-            return {};
+            return std::nullopt;
         if (n == 0)
             break;
         got += static_cast<std::size_t>(n);
     }
-    if (got > maxFileSize)
-        return {};
     text.resize(got);
     return parse(text);
+}
+
+IniFile IniFile::load(const std::filesystem::path& file) {
+    return read(file).value_or(IniFile{});
 }
 
 std::string IniFile::toString() const {

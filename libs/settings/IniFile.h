@@ -16,11 +16,15 @@ namespace lanmira::settings {
 // ignored and left out when the file is written again.
 class IniFile {
 public:
-    // A bigger file is taken for junk and read as empty.
-    static constexpr std::size_t maxFileSize = std::size_t{4} << 20;
+    // A bigger file is not read; far above any real settings file, it only bounds memory.
+    static constexpr std::size_t maxFileSize = std::size_t{64} << 20;
 
     static IniFile parse(std::string_view text);
-    // A missing, unreadable or oversized file reads as empty.
+    // A missing file reads as empty. nullopt when a file is there but cannot be read
+    // (no permission, not a regular file, too large, I/O error): whoever writes must then
+    // leave it alone, since replacing it would lose the user's settings.
+    static std::optional<IniFile> read(const std::filesystem::path& file);
+    // For readers: as read(), with a file that cannot be read taken as empty.
     static IniFile load(const std::filesystem::path& file);
 
     std::string toString() const;

@@ -111,16 +111,16 @@ bool RegistryKey::writeString(std::string_view section, std::string_view name,
     if (file_.empty())
         return false;
     const std::lock_guard lock(lockFor(file_));
-    IniFile ini = IniFile::load(file_);
-    return ini.setValue(section, name, value) && ini.save(file_);
+    std::optional<IniFile> ini = IniFile::read(file_);
+    return ini && ini->setValue(section, name, value) && ini->save(file_);
 }
 
 bool RegistryKey::remove(std::string_view section, std::string_view name) const {
     if (file_.empty())
         return false;
     const std::lock_guard lock(lockFor(file_));
-    IniFile ini = IniFile::load(file_);
-    return ini.remove(section, name) && ini.save(file_);
+    std::optional<IniFile> ini = IniFile::read(file_);
+    return ini && ini->remove(section, name) && ini->save(file_);
 }
 
 } // namespace lanmira::settings

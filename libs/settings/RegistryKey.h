@@ -16,6 +16,7 @@ std::filesystem::path configHome();
 // the part before the first `[section]`; a subkey `a` is `[a]`, a deeper one `[a\b]`.
 // Nothing is cached: each read loads the file, each write loads, changes and saves it.
 // Writes to one file from several threads are serialised; failures are silent (false).
+// A file that exists but cannot be read is never written, so its settings are not lost.
 class RegistryKey {
 public:
     explicit RegistryKey(std::string keyPath);

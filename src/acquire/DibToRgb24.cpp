@@ -1,5 +1,6 @@
 #include "acquire/DibLayout.h"
 #include "acquire/PackedDib.h"
+#include "imagelib/imagelib.h"
 
 #include <algorithm>
 #include <array>
@@ -178,6 +179,11 @@ PackedDib dibToRgb24(const PackedDib& dib) {
     const std::uint64_t outStride = DibLayout::rowStride(static_cast<std::uint64_t>(l.width), 24);
     const std::uint64_t outSize =
         DibLayout::kInfoHeaderSize + outStride * static_cast<std::uint64_t>(l.height);
+    // A few hundred bytes of run-length data may claim billions of pixels: such a claim is
+    // refused before the picture it would take is allocated.
+    if (static_cast<std::uint64_t>(l.width) * static_cast<std::uint64_t>(l.height) >
+        IMAGELIB_MAX_PIXELS)
+        return {};
     if (outSize > kMaxRgb24Bytes)
         return {};
     PackedDib out = PackedDib::allocate(static_cast<std::size_t>(outSize));
@@ -213,6 +219,46 @@ PackedDib dibToRgb24(const PackedDib& dib) {
         std::memset(row + rowBytes, 0, outStride - rowBytes);
     }
     return out;
+}
+
+struct Rgb24Rows::State {
+    DibLayout layout;
+    const std::uint8_t* pixels;
+    Palette palette;
+    Masks masks;
+};
+
+Rgb24Rows::Rgb24Rows(const PackedDib& dib) : m_state(nullptr) {
+    const auto layout = DibLayout::read(dib.data(), dib.size());
+    if (!layout || layout->compressed())
+        return;
+    m_state = new State{*layout, dib.data() + layout->pixelOffset, readPalette(*layout, dib.data()),
+                        readMasks(*layout, dib.data())};
+}
+
+Rgb24Rows::~Rgb24Rows() {
+    delete m_state;
+}
+
+bool Rgb24Rows::valid() const {
+    return m_state != nullptr;
+}
+
+std::int32_t Rgb24Rows::width() const {
+    return m_state ? m_state->layout.width : 0;
+}
+
+std::int32_t Rgb24Rows::height() const {
+    return m_state ? m_state->layout.height : 0;
+}
+
+void Rgb24Rows::read(std::int32_t y, std::uint8_t* out) const {
+    if (!m_state || y < 0 || y >= m_state->layout.height)
+        return;
+    const DibLayout& l = m_state->layout;
+    const std::int32_t stored = l.topDown ? l.height - 1 - y : y;
+    convertRow(l, m_state->palette, m_state->masks,
+               m_state->pixels + static_cast<std::uint64_t>(stored) * l.stride, out);
 }
 
 } // namespace lanmira

@@ -78,4 +78,27 @@ inline PackedDib dibFromBytes(const QByteArray& bytes) {
 // no colour table: the pixels a copy of the picture drawn on a true-colour screen has.
 PackedDib dibToRgb24(const PackedDib& dib);
 
+// Single rows of an uncompressed picture of any depth as 24-bit pixels, for callers that
+// need a few rows of a large picture without a 24-bit copy of all of it. The picture must
+// outlive the reader.
+class Rgb24Rows {
+public:
+    explicit Rgb24Rows(const PackedDib& dib);
+    ~Rgb24Rows();
+    Rgb24Rows(const Rgb24Rows&) = delete;
+    Rgb24Rows& operator=(const Rgb24Rows&) = delete;
+
+    // False for compressed or malformed pictures.
+    bool valid() const;
+    std::int32_t width() const;
+    std::int32_t height() const;
+    // Row y counted from the bottom, as a bottom-up picture lies in memory, written as
+    // width() BGR pixels to `out`.
+    void read(std::int32_t y, std::uint8_t* out) const;
+
+private:
+    struct State;
+    State* m_state;
+};
+
 } // namespace lanmira

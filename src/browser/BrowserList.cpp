@@ -1,5 +1,6 @@
 #include "browser/BrowserList.h"
 
+#include "browser/FileNames.h"
 #include "browser/FormatLookup.h"
 
 #include <sys/stat.h>
@@ -54,19 +55,15 @@ void scanFolder(const BrowserList& list, Wanted wanted, Add add) {
         return;
     if (!folder.endsWith(u'/'))
         folder += u'/';
-    const DirHandle dir(::opendir(QFile::encodeName(folder).constData()));
+    const DirHandle dir(::opendir(filenames::encode(folder).constData()));
     if (!dir)
         return;
     while (const dirent* entry = ::readdir(dir.get())) {
         const EntryKind kind = kindOf(dir.get(), entry);
         if (kind == EntryKind::Other)
             continue;
-        const QByteArray raw(entry->d_name);
-        const QString name = QFile::decodeName(raw);
-        // A name that is not valid in the locale's encoding cannot be opened through the
-        // decoded text, so it cannot be shown either.
-        if (QFile::encodeName(name) != raw)
-            continue;
+        // Names that are not UTF-8 are listed too: the decoding keeps their bytes.
+        const QString name = filenames::decode(QByteArray(entry->d_name));
         if (!wanted(name))
             continue;
         QString path = folder + name;
@@ -278,7 +275,7 @@ bool BrowserList::removeSelectedGone() {
             return false;
         struct stat st {};
         // A shortcut item is its link: a link whose target vanished is still there.
-        if (::lstat(QFile::encodeName(item->path).constData(), &st) == 0)
+        if (::lstat(filenames::encode(item->path).constData(), &st) == 0)
             return false;
         // Any other failure (a folder we may no longer read) does not prove it is gone.
         return errno == ENOENT || errno == ENOTDIR;

@@ -111,12 +111,9 @@ bool CView1::startBrowser() {
         return true;
     BrowserSettings(m_company, m_app).load(list());
     m_settingsLoaded = true;
-    const QString root = ThumbnailCache::defaultRoot(m_programFolder);
-    if (root.isEmpty()) {
-        m_startFailed = true;
-        return false;
-    }
-    m_cache = std::make_unique<ThumbnailCache>(root);
+    // Without a cache folder the browser runs without a cache.
+    if (const QString root = ThumbnailCache::defaultRoot(); !root.isEmpty())
+        m_cache = std::make_unique<ThumbnailCache>(root);
     m_worker = std::make_unique<ThumbnailWorker>(list(), m_cache.get(), m_registration.token(),
                                                  [this](int index) { cellDone(index); });
     m_worker->start();

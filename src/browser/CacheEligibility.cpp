@@ -1,5 +1,7 @@
 #include "browser/CacheEligibility.h"
 
+#include "browser/FileNames.h"
+
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
@@ -217,7 +219,7 @@ bool classify(const Mount& m, const QString& sysfsRoot) {
 QByteArray normalised(const QString& absolutePath) {
     if (!absolutePath.startsWith(u'/'))
         return {};
-    return QFile::encodeName(QDir::cleanPath(absolutePath));
+    return filenames::encode(QDir::cleanPath(absolutePath));
 }
 
 // The process's mount table, read again only when the kernel reports a change.

@@ -1,5 +1,6 @@
 #include "browser/FileDeleter.h"
 
+#include "browser/FileNames.h"
 #include "i18n/i18n.h"
 #include "platform/TextFormat.h"
 
@@ -73,7 +74,7 @@ using GioRemove = gboolean (*)(GFile*, GCancellable*, GError**);
 
 // Runs one GIO removal on a file path; folders are refused.
 FileDeleter::Outcome removeFile(const QString& path, QString* error, GioRemove remove) {
-    const QByteArray encoded = QFile::encodeName(path);
+    const QByteArray encoded = filenames::encode(path);
     if (isFolder(encoded, error))
         return FileDeleter::Outcome::Failed;
     const FilePtr file(g_file_new_for_path(encoded.constData()));

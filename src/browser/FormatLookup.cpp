@@ -1,5 +1,6 @@
 #include "browser/FormatLookup.h"
 
+#include "browser/FileNames.h"
 #include "imagelib/imagelib.h"
 
 #include <sys/stat.h>
@@ -138,7 +139,7 @@ QStringView FormatLookup::extensionOf(QStringView path) {
 std::int32_t FormatLookup::formatOfFile(const QString& path, QString* target) {
     struct stat st {};
     const bool isLink =
-        ::lstat(QFile::encodeName(path).constData(), &st) == 0 && S_ISLNK(st.st_mode);
+        ::lstat(filenames::encode(path).constData(), &st) == 0 && S_ISLNK(st.st_mode);
     return formatOfEntry(path, isLink, target);
 }
 
@@ -168,7 +169,7 @@ QString ShortcutResolver::resolve(const QString& linkPath) {
     if (linkPath.isEmpty() ||
         g_stuckResolvers.load(std::memory_order_relaxed) >= kMaxStuckResolvers)
         return {};
-    const QByteArray encoded = QFile::encodeName(linkPath);
+    const QByteArray encoded = filenames::encode(linkPath);
     auto state = std::make_shared<Resolution>();
     try {
         std::thread([state, link = encoded.toStdString()] {
@@ -193,10 +194,7 @@ QString ShortcutResolver::resolve(const QString& linkPath) {
     if (state->result.empty())
         return {};
     const QByteArray bytes = QByteArray::fromStdString(state->result);
-    const QString resolved = QFile::decodeName(bytes);
-    // A target whose name is not valid in the locale's encoding could not be opened again
-    // through the decoded text.
-    return QFile::encodeName(resolved) == bytes ? resolved : QString();
+    return filenames::decode(bytes);
 }
 
 } // namespace lanmira

@@ -2,6 +2,7 @@
 
 #include "browser/BrowserList.h"
 #include "browser/CacheEligibility.h"
+#include "browser/FileNames.h"
 #include "browser/FormatLookup.h"
 #include "imagelib/core/WriteAll.h"
 #include "platform/XdgPaths.h"
@@ -12,6 +13,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
 
 #include <algorithm>
 #include <cerrno>
@@ -117,17 +119,32 @@ void appendThumbnail(std::vector<std::uint8_t>& file, const Thumbnail& t, const 
     file.resize(file.size() + static_cast<std::size_t>(bytes - have), 0);
 }
 
-int makeTemporary(const QString& name, QByteArray& tempName) {
-    const qsizetype slash = name.lastIndexOf(u'/');
-    tempName = QFile::encodeName(name.left(slash + 1) + u'.' + name.mid(slash + 1)) + "-XXXXXX";
-    return ::mkostemp(tempName.data(), O_CLOEXEC);
-}
+// The "xx" sub-folder of a cache file, opened without following a link put in its place,
+// and the file's name in it. Cache files are only ever reached through it, so neither a
+// linked sub-folder nor a linked file leads out of the cache.
+struct CacheFolder {
+    settings::UniqueFd dir;
+    QByteArray leaf;
+
+    explicit CacheFolder(const QString& name) {
+        const QByteArray native = filenames::encode(name);
+        const qsizetype slash = native.lastIndexOf('/');
+        leaf = native.mid(slash + 1);
+        dir = settings::UniqueFd(::open(native.left(slash).constData(),
+                                        O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    }
+    // Non-blocking: a FIFO or a device in a cache file's place must not hang the worker.
+    int open(const QByteArray& file, int flags, mode_t mode = 0) const {
+        return ::openat(dir.get(), file.constData(),
+                        flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY, mode);
+    }
+};
 
 } // namespace
 
 FileTime fileTimeOf(const QString& path, bool* exists, int* error) {
     struct stat st {};
-    const bool ok = ::stat(QFile::encodeName(path).constData(), &st) == 0;
+    const bool ok = ::stat(filenames::encode(path).constData(), &st) == 0;
     if (exists)
         *exists = ok;
     if (error)
@@ -137,7 +154,7 @@ FileTime fileTimeOf(const QString& path, bool* exists, int* error) {
 
 FileTime linkTimeOf(const QString& path, bool* exists, int* error) {
     struct stat st {};
-    const bool ok = ::lstat(QFile::encodeName(path).constData(), &st) == 0;
+    const bool ok = ::lstat(filenames::encode(path).constData(), &st) == 0;
     if (exists)
         *exists = ok;
     if (error)
@@ -145,15 +162,11 @@ FileTime linkTimeOf(const QString& path, bool* exists, int* error) {
     return ok ? timeOf(st) : 0;
 }
 
-QString ThumbnailCache::defaultRoot(const QString& programFolder) {
+QString ThumbnailCache::defaultRoot() {
+    // No fallback: a cache that cannot live in the user's cache folder is no cache, rather
+    // than files written into an installation folder.
     const QString root = XdgPaths::cacheHome() + QStringLiteral("/Vornalt/cache/");
-    if (QDir().mkpath(root))
-        return root;
-    QString fallback = programFolder;
-    if (!fallback.endsWith(u'/'))
-        fallback += u'/';
-    fallback += QStringLiteral("cache/");
-    return QDir().mkpath(fallback) ? fallback : QString();
+    return QDir().mkpath(root) ? root : QString();
 }
 
 ThumbnailCache::ThumbnailCache(QString root) : m_root(std::move(root)) {
@@ -238,9 +251,10 @@ bool ThumbnailCache::read(BrowserItem& item) const {
     const QString name = fileNameFor(imagePath);
     if (name.isEmpty())
         return false;
-    const QByteArray nativeName = QFile::encodeName(name);
-    const settings::UniqueFd file(
-        ::open(nativeName.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    const CacheFolder folder(name);
+    if (!folder.dir)
+        return false;
+    const settings::UniqueFd file(folder.open(folder.leaf, O_RDONLY));
     if (!file)
         return false;
 
@@ -260,7 +274,7 @@ bool ThumbnailCache::read(BrowserItem& item) const {
         return decode(bytes.data(), bytes.size(), imagePath, item);
     }();
     if (!accepted) {
-        ::unlink(nativeName.constData());
+        ::unlinkat(folder.dir.get(), folder.leaf.constData(), 0);
         return false;
     }
     // Last: the done bit publishes the thumbnails to the user-interface thread.
@@ -277,25 +291,35 @@ void ThumbnailCache::write(const BrowserItem& item) const {
         return;
     const std::vector<std::uint8_t> bytes = encode(imagePath, item);
 
-    QByteArray tempName;
-    int fd = makeTemporary(name, tempName);
-    if (fd < 0 && errno == ENOENT) {
+    CacheFolder folder(name);
+    if (!folder.dir && errno == ENOENT) {
         // At most two levels: the "xx" folder and the root above it.
-        const QByteArray sub = QFile::encodeName(name.left(name.lastIndexOf(u'/')));
+        const QByteArray sub = filenames::encode(name.left(name.lastIndexOf(u'/')));
         if (::mkdir(sub.constData(), 0700) != 0 && errno == ENOENT) {
-            ::mkdir(QFile::encodeName(m_root).constData(), 0700);
+            ::mkdir(filenames::encode(m_root).constData(), 0700);
             ::mkdir(sub.constData(), 0700);
         }
-        fd = makeTemporary(name, tempName);
+        folder = CacheFolder(name);
     }
-    if (fd < 0)
+    if (!folder.dir)
         return;
-    const settings::UniqueFd file(fd);
-    // The rename makes the file appear whole or not at all; a half-written cache file
-    // would otherwise be read after a crash.
+    // Hidden while written; the rename makes the file appear whole or not at all, as a
+    // half-written cache file would otherwise be read after a crash.
+    QByteArray tempName;
+    settings::UniqueFd file;
+    for (int attempt = 0; attempt < 8 && !file; ++attempt) {
+        tempName = '.' + folder.leaf + '-' +
+                   QByteArray::number(QRandomGenerator::global()->generate(), 36);
+        file = settings::UniqueFd(folder.open(tempName, O_WRONLY | O_CREAT | O_EXCL, 0600));
+        if (!file && errno != EEXIST)
+            return;
+    }
+    if (!file)
+        return;
     if (!imagelib::writeAll(file.get(), bytes.data(), bytes.size()) ||
-        ::rename(tempName.constData(), QFile::encodeName(name).constData()) != 0)
-        ::unlink(tempName.constData());
+        ::renameat(folder.dir.get(), tempName.constData(), folder.dir.get(),
+                   folder.leaf.constData()) != 0)
+        ::unlinkat(folder.dir.get(), tempName.constData(), 0);
 }
 
 ThumbnailCache::Change ThumbnailCache::checkForChange(BrowserItem& item,
@@ -332,7 +356,7 @@ ThumbnailCache::Change ThumbnailCache::checkForChange(BrowserItem& item,
     item.dropThumbnails();
     const QString name = fileNameFor(imagePath);
     if (!name.isEmpty())
-        ::unlink(QFile::encodeName(name).constData());
+        ::unlink(filenames::encode(name).constData());
     return Changed;
 }
 
@@ -341,7 +365,7 @@ void ThumbnailCache::clean(int pick) const {
     const unsigned sub = static_cast<unsigned>(pick) & 0xFF;
     const QString folder =
         m_root + QLatin1Char(kHex[sub >> 4]) + QLatin1Char(kHex[sub & 15]) + u'/';
-    const int dirFd = ::open(QFile::encodeName(folder).constData(),
+    const int dirFd = ::open(filenames::encode(folder).constData(),
                              O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (dirFd < 0)
         return;
@@ -374,8 +398,9 @@ void ThumbnailCache::clean(int pick) const {
             const QString stored = pathField(field);
             // A path that is not eligible is never read back, and testing it could hang on a
             // dead network mount.
+            struct stat image {};
             keep = stored.startsWith(u'/') && CacheEligibility::eligible(stored) &&
-                   QFile::exists(stored);
+                   ::stat(filenames::encode(stored).constData(), &image) == 0;
         }
         if (!keep)
             ::unlinkat(dirFd, name, 0);

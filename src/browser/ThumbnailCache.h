@@ -21,9 +21,9 @@ class ThumbnailCache {
 public:
     enum Change { Unchanged = 0, Gone = 1, Changed = 2 };
 
-    // `root` ends with '/': $XDG_CACHE_HOME/Vornalt/cache/, else the program folder's
-    // cache/. Creates it; empty when it cannot be made.
-    static QString defaultRoot(const QString& programFolder);
+    // `root` ends with '/': $XDG_CACHE_HOME/Vornalt/cache/. Creates it; empty when it
+    // cannot be made, which means no cache.
+    static QString defaultRoot();
     explicit ThumbnailCache(QString root);
 
     const QString& root() const { return m_root; }

@@ -2,6 +2,7 @@
 
 #include "acquire/DibLayout.h"
 #include "acquire/PackedDib.h"
+#include "browser/FileNames.h"
 #include "imagelib/imagelib.h"
 
 #include <QFile>
@@ -176,6 +177,28 @@ Thumbnail copy24(const std::uint8_t* src, std::int32_t w, std::int32_t h, std::u
     return t;
 }
 
+// Nearest-neighbour stretch from 24-bit rows that `rowAt` hands out by memory row (0 the
+// bottom); only the rows picked are asked for.
+template <typename RowAt>
+Thumbnail stretchRows(std::int32_t srcW, std::int32_t srcH, std::int32_t w, std::int32_t h,
+                      RowAt&& rowAt) {
+    Thumbnail t = blank(w, h);
+    std::vector<std::size_t> column(static_cast<std::size_t>(w));
+    for (std::int32_t x = 0; x < w; ++x)
+        column[static_cast<std::size_t>(x)] =
+            static_cast<std::size_t>(std::int64_t{x} * srcW / w) * 3;
+    const std::uint64_t stride = Thumbnail::stride(w);
+    // Rows are picked counting from the top, as a stretch onto the screen picks them.
+    for (std::int32_t y = 0; y < h; ++y) {
+        const std::int64_t fromTop = std::int64_t{h - 1 - y} * srcH / h;
+        const std::uint8_t* row = rowAt(static_cast<std::int32_t>(srcH - 1 - fromTop));
+        std::uint8_t* out = t.pixels.data() + static_cast<std::uint64_t>(y) * stride;
+        for (std::size_t x = 0; x < column.size(); ++x)
+            std::memcpy(out + 3 * x, row + column[x], 3);
+    }
+    return t;
+}
+
 struct Picture24 {
     const std::uint8_t* rows = nullptr; // bottom-up
     std::int32_t width = 0;
@@ -226,21 +249,9 @@ Thumbnail ThumbnailMaker::stretch24(const std::uint8_t* src, std::int32_t srcW, 
                                     std::uint64_t srcStride, std::int32_t w, std::int32_t h) {
     if (!validArgs(src, srcW, srcH, srcStride, w, h))
         return {};
-    Thumbnail t = blank(w, h);
-    std::vector<std::size_t> column(static_cast<std::size_t>(w));
-    for (std::int32_t x = 0; x < w; ++x)
-        column[static_cast<std::size_t>(x)] =
-            static_cast<std::size_t>(std::int64_t{x} * srcW / w) * 3;
-    const std::uint64_t stride = Thumbnail::stride(w);
-    // Rows are picked counting from the top, as a stretch onto the screen picks them.
-    for (std::int32_t y = 0; y < h; ++y) {
-        const std::int64_t fromTop = std::int64_t{h - 1 - y} * srcH / h;
-        const std::uint8_t* row = src + static_cast<std::uint64_t>(srcH - 1 - fromTop) * srcStride;
-        std::uint8_t* out = t.pixels.data() + static_cast<std::uint64_t>(y) * stride;
-        for (std::size_t x = 0; x < column.size(); ++x)
-            std::memcpy(out + 3 * x, row + column[x], 3);
-    }
-    return t;
+    return stretchRows(srcW, srcH, w, h, [&](std::int32_t y) {
+        return src + static_cast<std::uint64_t>(y) * srcStride;
+    });
 }
 
 ThumbnailMaker::Result ThumbnailMaker::make(const QString& path) {
@@ -248,7 +259,7 @@ ThumbnailMaker::Result ThumbnailMaker::make(const QString& path) {
     ImageIoParams params{};
     ImageLibFullInfo full{};
     // A reduced decode (JPEG's DCT scaling) still covers twice the large box.
-    PackedDib dib = dibFromImageLib(ImageLib_OpenScaled(QFile::encodeName(path).constData(),
+    PackedDib dib = dibFromImageLib(ImageLib_OpenScaled(filenames::encode(path).constData(),
                                                         &params, kLargeBox, kLargeBox, &full));
     if (!dib)
         return r;
@@ -262,17 +273,26 @@ ThumbnailMaker::Result ThumbnailMaker::make(const QString& path) {
 
     const bool depth24 = layout->bitCount == 24 && !layout->compressed();
     PackedDib converted;
-    Picture24 pic = picture24(dib);
-    if (!pic.rows) {
+    Picture24 pic = depth24 ? picture24(dib) : Picture24{};
+    if (depth24 && !pic.rows) {
         converted = dibToRgb24(dib);
         pic = picture24(converted);
         if (!pic.rows)
             return r;
     }
-    const auto thumb = [&](QSize size) {
+    // Other depths are stretched a picked row at a time, never turned into a whole 24-bit
+    // copy first.
+    const Rgb24Rows rows(dib);
+    if (!depth24 && !rows.valid())
+        return r;
+    std::vector<std::uint8_t> rowBuffer(depth24 ? 0 : static_cast<std::size_t>(rows.width()) * 3);
+    const auto thumb = [&](QSize size) -> Thumbnail {
         if (!depth24)
-            return stretch24(pic.rows, pic.width, pic.height, pic.stride, size.width(),
-                             size.height());
+            return stretchRows(rows.width(), rows.height(), size.width(), size.height(),
+                               [&](std::int32_t y) {
+                                   rows.read(y, rowBuffer.data());
+                                   return rowBuffer.data();
+                               });
         if (size.width() == pic.width && size.height() == pic.height)
             return copy24(pic.rows, pic.width, pic.height, pic.stride);
         return scale24(pic.rows, pic.width, pic.height, pic.stride, size.width(), size.height());

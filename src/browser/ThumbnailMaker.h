@@ -34,8 +34,8 @@ public:
     // bilinear. `src` rows are bottom-up with the given stride.
     static Thumbnail scale24(const std::uint8_t* src, std::int32_t srcW, std::int32_t srcH,
                              std::uint64_t srcStride, std::int32_t w, std::int32_t h);
-    // Nearest-neighbour stretch of a 24-bit picture (for pictures of other depths, first
-    // turned into 24 bits).
+    // Nearest-neighbour stretch of a 24-bit picture (pictures of other depths are stretched
+    // the same way, their picked rows turned into 24 bits one at a time).
     static Thumbnail stretch24(const std::uint8_t* src, std::int32_t srcW, std::int32_t srcH,
                                std::uint64_t srcStride, std::int32_t w, std::int32_t h);
 };

@@ -3,6 +3,7 @@
 #include "browser/BrowserList.h"
 #include "browser/ThumbnailCache.h"
 #include "browser/ThumbnailMaker.h"
+#include "imagelib/imagelib.h"
 #include "platform/Messages.h"
 
 #include <algorithm>
@@ -72,6 +73,9 @@ void ThumbnailWorker::makeFromFile(BrowserItem& item) {
 
 void ThumbnailWorker::run() {
     lowerToIdlePriority();
+    // A huge picture's thumbnail gives up when the list is abandoned (leaving the browser,
+    // closing the program) rather than keep them waiting for this thread.
+    ImageLib_SetStopWord(&m_list.stopRequest, BrowserList::kStopAbandon);
     for (;;) {
         {
             std::unique_lock lock(m_wakeLock);
@@ -122,29 +126,40 @@ bool ThumbnailWorker::process(std::unique_lock<std::mutex>& listLock, BrowserIte
                               int index) {
     if (item.thumbnailDone())
         return true;
-    if (!m_cache || !m_cache->read(item)) {
-        // Decoding is slow, and slower still at idle priority on a busy machine: it runs
-        // without the list lock so that the user-interface thread never waits for it. The
-        // result is kept only when the list did not change meanwhile.
-        BrowserItem made(item.path, item.format, item.linkTarget);
-        const std::uint64_t generation = m_list.generation();
-        listLock.unlock();
-        m_maker(made);
-        listLock.lock();
-        if (m_list.generation() != generation)
-            return false;
-        item.imageWidth = made.imageWidth;
-        item.imageHeight = made.imageHeight;
-        item.bitsPerPixel = made.bitsPerPixel;
-        item.large = std::move(made.large);
-        item.small = std::move(made.small);
-        // Last, with release order: the user-interface thread reads the thumbnails only
-        // after seeing this bit. Set even when nothing was made, so a file that cannot be
-        // decoded is not tried again on every pass.
-        item.markThumbnailDone();
-        if (m_cache && (!item.large.empty() || !item.small.empty()))
-            m_cache->write(item);
+    // Cache files and images are opened and read without the list lock, which is held only
+    // to copy the item's names in and publish the results: a slow disk, a hung file system
+    // or a decode never makes the user-interface thread wait. What was found is kept only
+    // when the list did not change meanwhile.
+    BrowserItem found(item.path, item.format, item.linkTarget);
+    const std::uint64_t generation = m_list.generation();
+    listLock.unlock();
+    const bool cached = m_cache && m_cache->read(found);
+    bool gaveUp = false;
+    if (!cached) {
+        m_maker(found);
+        gaveUp = ImageLib_GaveUp() != 0;
+        if (m_cache && (!found.large.empty() || !found.small.empty()))
+            m_cache->write(found);
     }
+    listLock.lock();
+    if (m_list.generation() != generation)
+        return false;
+    // A thumbnail given up half-way is no verdict on the file: it is tried again next pass.
+    if (gaveUp)
+        return true;
+    if (m_cache) {
+        item.imageTime = found.imageTime;
+        item.linkTime = found.linkTime;
+    }
+    item.imageWidth = found.imageWidth;
+    item.imageHeight = found.imageHeight;
+    item.bitsPerPixel = found.bitsPerPixel;
+    item.large = std::move(found.large);
+    item.small = std::move(found.small);
+    // Last, with release order: the user-interface thread reads the thumbnails only after
+    // seeing this bit. Set even when nothing was made, so a file that cannot be decoded is
+    // not tried again on every pass.
+    item.markThumbnailDone();
     if (m_cellDone)
         m_cellDone(index);
     return true;

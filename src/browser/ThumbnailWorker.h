@@ -14,7 +14,8 @@ class ThumbnailCache;
 struct BrowserItem;
 
 // The one background thread that fills in thumbnails, at idle scheduling priority. Woken
-// by `wake()`, it holds the list lock for a whole pass: pass A from `firstVisible` to the
+// by `wake()`, it holds the list lock for a pass except while it reads the cache, decodes
+// or writes the cache: pass A from `firstVisible` to the
 // end, pass B from the start; after each item it honours the list's stop word (abandon, or
 // restart at the new first visible item). A finished pass sets `thumbnailsComplete` and
 // posts BROWSER_RESORT to the view.

@@ -2,6 +2,8 @@
 
 #include <sys/socket.h>
 
+#include <QApplication>
+#include <QDialog>
 #include <QSocketNotifier>
 
 #include <cerrno>
@@ -50,8 +52,27 @@ UnixSignalBridge::~UnixSignalBridge() {
 
 void UnixSignalBridge::drain() {
     unsigned char b = 0;
-    while (::read(g_fds[1], &b, 1) == 1)
-        Q_EMIT terminationRequested(b);
+    while (::read(g_fds[1], &b, 1) == 1) {
+        // A modal dialog runs an event loop of its own, and the windows under it will not
+        // close while it is open: every one is dismissed first, as Cancel would, and the
+        // request follows once control is back in an event loop.
+        endModalDialogs();
+        const int signalNumber = b;
+        QMetaObject::invokeMethod(
+            this, [this, signalNumber] { Q_EMIT terminationRequested(signalNumber); },
+            Qt::QueuedConnection);
+    }
+}
+
+void UnixSignalBridge::endModalDialogs() {
+    while (QWidget* modal = QApplication::activeModalWidget()) {
+        if (auto* dialog = qobject_cast<QDialog*>(modal))
+            dialog->reject();
+        else
+            modal->close();
+        if (QApplication::activeModalWidget() == modal)
+            return; // it would not go; the exit request still follows
+    }
 }
 
 } // namespace lanmira

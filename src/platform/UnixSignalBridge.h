@@ -7,7 +7,8 @@ class QSocketNotifier;
 namespace lanmira {
 
 // Turns SIGTERM, SIGINT and SIGHUP into a Qt signal on the GUI thread, so that being asked
-// to stop closes the program the way "Exit" does: settings written, nothing lost.
+// to stop closes the program the way "Exit" does: settings written, nothing lost. Modal
+// dialogs open at the time are dismissed first, so the request works from any state.
 class UnixSignalBridge final : public QObject {
     Q_OBJECT
 public:
@@ -19,6 +20,7 @@ Q_SIGNALS:
 
 private:
     void drain();
+    static void endModalDialogs();
 
     QSocketNotifier* m_notifier = nullptr;
 };

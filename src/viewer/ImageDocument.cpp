@@ -1,6 +1,7 @@
 #include "viewer/ImageDocument.h"
 
 #include "acquire/DibLayout.h"
+#include "browser/FileNames.h"
 #include "i18n/i18n.h"
 #include "platform/TextFormat.h"
 
@@ -59,7 +60,7 @@ ImageDocument::ImageDocument(DocumentUi& ui) : m_ui(ui) {}
 bool ImageDocument::decode(const QString& path, ImageIoParams& params) {
     // The library's block is kept as it is: copying a large picture would cost as much as
     // a good part of decoding it.
-    m_image = dibFromImageLib(ImageLib_Open(QFile::encodeName(path).constData(), &params));
+    m_image = dibFromImageLib(ImageLib_Open(filenames::encode(path).constData(), &params));
     const auto layout = layoutOf(m_image);
     if (!layout) {
         m_image.reset();
@@ -222,7 +223,7 @@ bool ImageDocument::saveDocument(const QString& path, const PackedDib& picture,
                                  ImageIoParams params) {
     if (params.pageCount > 1 && !m_ui.confirmMultipage())
         return false;
-    if (ImageLib_Save(QFile::encodeName(path).constData(), picture.data(), &params))
+    if (ImageLib_Save(filenames::encode(path).constData(), picture.data(), &params))
         return true;
     const QString text = errorTextOf(params);
     m_ui.saveFailed(text.isEmpty()

@@ -1,5 +1,6 @@
 #include "acquire/ClipboardImage.h"
 
+#include "../support/MemoryCap.h"
 #include "DibMaker.h"
 #include "acquire/DibLayout.h"
 
@@ -116,6 +117,22 @@ TEST(ClipboardImage, OddDataGivesNothingAndGarbageDoesNotHideAGoodPng) {
     const PackedDib fromPng = dibFromMimeData(mime.get());
     EXPECT_EQ(dibToBytes(fromPng).mid(14, 2), QByteArray("\x18\0", 2));
     EXPECT_EQ(asImage(fromPng), image.convertToFormat(QImage::Format_RGB32));
+}
+
+// Any program can own the clipboard: a kilobyte of run-length data claiming 65535 x 21845
+// pixels must not cost 4 GB.
+TEST(ClipboardImage, HugeClaimsAreRefusedBeforeAnythingIsAllocated) {
+    const Bytes rle8 = cat(cat(infoHeader(65535, 21845, 8, 1, 256, 2), {}, 1024), {0, 1});
+    const Bytes rle4 = cat(cat(infoHeader(65535, 65535, 4, 2, 16, 2), {}, 64), {0, 1});
+    ASSERT_EQ(rle8.size(), 1066u);
+    for (const Bytes& picture : {rle8, rle4}) {
+        const auto mime = mimeWith("image/bmp", bytesOf(picture));
+        const auto spent = memorycap::run(64, [&] { EXPECT_FALSE(dibFromMimeData(mime.get())); });
+        EXPECT_LT(spent.seconds, 0.5);
+    }
+    // A big picture within the budget still arrives.
+    const Bytes fine = cat(cat(infoHeader(4000, 3000, 8, 1, 256, 2), {}, 1024), {0, 1});
+    EXPECT_TRUE(dibFromMimeData(mimeWith("image/bmp", bytesOf(fine)).get()));
 }
 
 } // namespace

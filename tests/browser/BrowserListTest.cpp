@@ -1,7 +1,10 @@
 #include "browser/BrowserList.h"
 
 #include "browser/BrowserSettings.h"
+#include "browser/FileNames.h"
 #include "browser/FormatLookup.h"
+#include "browser/ThumbnailMaker.h"
+#include "imagelib/imagelib.h"
 
 #include <sys/stat.h>
 
@@ -99,7 +102,7 @@ TEST(BrowserListScan, ListsImageFilesAndShortcutsToImagesOnly) {
     ASSERT_TRUE(QDir(dir.path()).mkpath(u"folder.jpg"_s) && QDir(dir.path()).mkpath(u"other"_s));
     dir.touch({"other/pic.gif"});
     ASSERT_EQ(::mkfifo(dir.raw(u"pipe.jpg"_s).constData(), 0600), 0);
-    // Not valid UTF-8: cannot be shown, must not break the scan.
+    // Not valid UTF-8: listed all the same, its bytes kept (checked further below).
     const QByteArray badName = QFile::encodeName(dir.path()) + "bad\xff.jpg";
     const int fd = ::open(badName.constData(), O_CREAT | O_WRONLY, 0600);
     ASSERT_GE(fd, 0);
@@ -120,8 +123,11 @@ TEST(BrowserListScan, ListsImageFilesAndShortcutsToImagesOnly) {
     list.currentFolder = dir.path();
     list.fullScan();
 
-    EXPECT_EQ(sorted(namesOf(list)),
-              (Names{u"B.JPG"_s, u"a.jpg"_s, u"c.Png"_s, u"link-to-a"_s, u"up.bmp"_s}));
+    const QString badText = filenames::decode("bad\xff.jpg");
+    EXPECT_EQ(sorted(namesOf(list)), sorted(Names{u"B.JPG"_s, u"a.jpg"_s, badText, u"c.Png"_s,
+                                                  u"link-to-a"_s, u"up.bmp"_s}));
+    ASSERT_NE(find(list, badText), nullptr);
+    EXPECT_EQ(filenames::encode(find(list, badText)->path), badName);
     EXPECT_EQ(find(list, u"c.Png"_s)->format, 3u);
     EXPECT_FALSE(find(list, u"a.jpg"_s)->isShortcut());
     const BrowserItem* shortcut = find(list, u"link-to-a"_s);
@@ -258,6 +264,62 @@ TEST(BrowserSettings, RoundTripsAndIgnoresBadValues) {
     EXPECT_EQ(values(loaded), std::tuple(0, 0, 1));
     EXPECT_EQ(std::tuple(loaded.formatFilter[0], loaded.formatFilter[1], loaded.formatFilter[2]),
               std::tuple(5u, 0u, 5u));
+}
+
+// Linux names are bytes: whatever they hold, the text the program keeps names the same file.
+TEST(FileNames, AnyBytesRoundTripAndValidUtf8ReadsAsItself) {
+    const QByteArray samples[] = {"plain.jpg",
+                                  "Gr\xc3\xbc\xc3\x9f"
+                                  "e \xe6\x97\xa5.png",
+                                  "\xf0\x9f\x99\x82.bmp",
+                                  "caf\xe9.bmp",
+                                  "\xff\xfe\x80.tif",
+                                  "\xc3(overlong \xc0\xaf)",
+                                  "\xed\xa0\x80 surrogate bytes",
+                                  "cut \xe6\x97",
+                                  "\xf4\x90\x80\x80 above U+10FFFF"};
+    for (const QByteArray& raw : samples) {
+        const QString text = filenames::decode(raw);
+        EXPECT_EQ(filenames::encode(text), raw) << raw.toHex().constData();
+        if (QString::fromUtf8(raw).toUtf8() == raw) {
+            EXPECT_EQ(text, QString::fromUtf8(raw)) << "valid UTF-8 reads as Qt reads it";
+        }
+    }
+}
+
+TEST(FileNames, ANameThatIsNotUtf8IsThumbnailedSavedAndDeleted) {
+    Folder dir;
+    const QByteArray raw = QFile::encodeName(dir.path()) + "caf\xe9 \xff.bmp";
+    {
+        // A 2 x 2 24-bit bitmap.
+        QFile file(QString::fromUtf8(QFile::encodeName(dir.path())) + u"seed.bmp"_s);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        const unsigned char bmp[] = {'B', 'M', 70,  0, 0, 0, 0,  0, 0,   0,   54,  0,   0,   0,
+                                     40,  0,   0,   0, 2, 0, 0,  0, 2,   0,   0,   0,   1,   0,
+                                     24,  0,   0,   0, 0, 0, 16, 0, 0,   0,   0,   0,   0,   0,
+                                     0,   0,   0,   0, 0, 0, 0,  0, 0,   0,   0,   0,   255, 0,
+                                     0,   0,   255, 0, 0, 0, 0,  0, 255, 255, 255, 255, 0,   0};
+        file.write(reinterpret_cast<const char*>(bmp), sizeof bmp);
+    }
+    ASSERT_EQ(::rename(QFile::encodeName(dir.path() + u"seed.bmp"_s).constData(), raw.constData()),
+              0);
+    const auto list = dir.scan();
+    ASSERT_EQ(list->items().size(), 1u);
+    const QString path = list->items().front()->path;
+    EXPECT_EQ(filenames::encode(path), raw);
+
+    const ThumbnailMaker::Result made = ThumbnailMaker::make(path);
+    EXPECT_EQ(std::tuple(made.large.width, made.large.height), std::tuple(2, 2));
+
+    ImageIoParams params{};
+    void* picture = ImageLib_Open(filenames::encode(path).constData(), &params);
+    ASSERT_NE(picture, nullptr);
+    EXPECT_TRUE(ImageLib_Save(filenames::encode(path).constData(), picture, &params));
+    ImageLib_Free(picture);
+    EXPECT_EQ(dir.scan()->items().size(), 1u) << "saved over itself, no second file";
+
+    EXPECT_EQ(::unlink(filenames::encode(path).constData()), 0);
+    EXPECT_TRUE(dir.scan()->items().empty());
 }
 
 } // namespace

@@ -1,18 +1,23 @@
 #include "browser/ThumbnailCache.h"
 
+#include "acquire/DibLayout.h"
+#include "acquire/PackedDib.h"
 #include "browser/BrowserList.h"
 #include "browser/CacheEligibility.h"
 #include "browser/ThumbnailMaker.h"
+#include "imagelib/imagelib.h"
 
 #include <sys/stat.h>
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <future>
 #include <vector>
 
 using namespace lanmira;
@@ -325,6 +330,22 @@ TEST_F(ThumbnailCacheTest, MakeFromFiles) {
         EXPECT_EQ(std::tuple(r.imageWidth, r.imageHeight, r.bitsPerPixel),
                   std::tuple(w, h, std::uint32_t(bits)));
     }
+    // Other depths are stretched row by row, with the pixels of a stretch of a 24-bit copy.
+    for (const char* name : {"grey8.bmp", "tiny8.bmp"}) {
+        const QString path = images + QString::fromUtf8(name);
+        ImageIoParams params{};
+        const PackedDib dib = dibFromImageLib(ImageLib_Open(QFile::encodeName(path), &params));
+        const PackedDib rgb = dibToRgb24(dib);
+        const auto l = DibLayout::read(rgb.data(), rgb.size());
+        ASSERT_TRUE(l);
+        const ThumbnailMaker::Result r = ThumbnailMaker::make(path);
+        for (const Thumbnail* t : {&r.large, &r.small})
+            EXPECT_EQ(t->pixels,
+                      ThumbnailMaker::stretch24(rgb.data() + l->pixelOffset, l->width, l->height,
+                                                l->stride, t->width, t->height)
+                          .pixels)
+                << name;
+    }
     // Exactly the thumbnail's size: the rows are copied.
     const Bytes file = bmp(96, 72, 24);
     const Thumbnail exact = ThumbnailMaker::make(images + u"exact24.bmp"_s).large;
@@ -333,6 +354,52 @@ TEST_F(ThumbnailCacheTest, MakeFromFiles) {
     writeFile(images + u"junk.bmp"_s, {'B', 'M', 0, 1});
     const ThumbnailMaker::Result bad = ThumbnailMaker::make(images + u"junk.bmp"_s);
     EXPECT_TRUE(bad.large.empty() && bad.small.empty() && bad.large.width == 0);
+}
+
+// Whatever sits in a cache file's place, reading never blocks and never leaves the cache.
+TEST_F(ThumbnailCacheTest, FifosAndLinkedFoldersAreNeverOpenedOrFollowed) {
+    auto item = madeItem(u"a.bmp"_s);
+    const QString name = cache.fileNameFor(item->path);
+    const QString sub = name.left(name.lastIndexOf(u'/'));
+    ASSERT_TRUE(QDir().mkpath(sub));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(name).constData(), 0600), 0);
+    BrowserItem probe(item->path, item->format);
+    auto reading = std::async(std::launch::async, [&] { return cache.read(probe); });
+    if (reading.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+        // Let the reader go before failing, or the test would hang.
+        ::close(::open(QFile::encodeName(name).constData(), O_WRONLY | O_NONBLOCK));
+        FAIL() << "a FIFO in a cache file's place blocked the reader";
+    }
+    EXPECT_FALSE(reading.get());
+    EXPECT_FALSE(QFileInfo::exists(name)) << "what is not a cache file is cleared away";
+
+    // A linked sub-folder: a good cache file behind it is neither read nor written nor deleted.
+    cache.write(*item);
+    ASSERT_TRUE(QFileInfo(name).isFile());
+    const QString elsewhere = dir.path() + u"/elsewhere"_s;
+    ASSERT_TRUE(QDir().rename(sub, elsewhere));
+    ASSERT_TRUE(QFile::link(elsewhere, sub));
+    BrowserItem behindLink(item->path, item->format);
+    EXPECT_FALSE(cache.read(behindLink));
+    EXPECT_FALSE(behindLink.thumbnailDone());
+    const QString leaf = name.mid(name.lastIndexOf(u'/'));
+    EXPECT_TRUE(QFileInfo::exists(elsewhere + leaf));
+    QFile::remove(elsewhere + leaf);
+    cache.write(*item);
+    EXPECT_TRUE(QDir(elsewhere)
+                    .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)
+                    .isEmpty());
+}
+
+TEST(ThumbnailCacheRoot, AFolderThatCannotBeMadeMeansNoCache) {
+    QTemporaryDir dir;
+    const QString blocker = dir.path() + u"/file"_s;
+    writeFile(blocker, {1});
+    const QByteArray old = qgetenv("XDG_CACHE_HOME");
+    qputenv("XDG_CACHE_HOME", QFile::encodeName(blocker));
+    const QString root = ThumbnailCache::defaultRoot();
+    qputenv("XDG_CACHE_HOME", old);
+    EXPECT_TRUE(root.isEmpty()) << root.toStdString();
 }
 
 // A fake sysfs and a mount table with one mount of each kind.

@@ -1,5 +1,6 @@
 #include "imagelib/bmp/BmpCodec.h"
 
+#include "imagelib/core/BoxShrinker.h"
 #include "imagelib/core/MaskChannel.h"
 #include "imagelib/core/WriteAll.h"
 #include "imagelib/imagelib.h"
@@ -103,26 +104,10 @@ void readPalette(std::span<const std::uint8_t> b, const Fields& f, DibBuffer& di
     }
 }
 
-// RLE4 and RLE8: absolute runs, encoded runs, end of line, end of picture and deltas. Pixels
-// a file never sets stay index 0, as in every reader of this format.
-bool decodeRle(std::span<const std::uint8_t> data, const Fields& f, DibBuffer& dib) {
-    const int w = dib.width();
-    const int h = dib.height();
-    const bool four = f.compression == kBiRle4;
-    for (int y = 0; y < h; ++y)
-        std::memset(dib.row(y), 0, dib.stride());
-    auto put = [&](int x, int y, int index) {
-        if (x < 0 || x >= w || y < 0 || y >= h)
-            return;
-        std::uint8_t* row = dib.row(y);
-        if (four) {
-            std::uint8_t& byte = row[x / 2];
-            byte = (x & 1) ? static_cast<std::uint8_t>((byte & 0xF0) | (index & 0x0F))
-                           : static_cast<std::uint8_t>((byte & 0x0F) | (index << 4));
-        } else {
-            row[x] = static_cast<std::uint8_t>(index);
-        }
-    };
+// Walks the runs of an RLE4 or RLE8 stream, bottom row first, handing each pixel to
+// put(x, y, index); positions outside the picture are put's to ignore.
+template <typename Put>
+bool walkRle(std::span<const std::uint8_t> data, bool four, int h, Put&& put) {
     std::size_t i = 0;
     int x = 0;
     int y = 0;
@@ -163,6 +148,143 @@ bool decodeRle(std::span<const std::uint8_t> data, const Fields& f, DibBuffer& d
     return y > 0 || x > 0;
 }
 
+// RLE4 and RLE8: absolute runs, encoded runs, end of line, end of picture and deltas. Pixels
+// a file never sets stay index 0, as in every reader of this format.
+bool decodeRle(std::span<const std::uint8_t> data, const Fields& f, DibBuffer& dib) {
+    const int w = dib.width();
+    const int h = dib.height();
+    const bool four = f.compression == kBiRle4;
+    for (int y = 0; y < h; ++y)
+        std::memset(dib.row(y), 0, dib.stride());
+    return walkRle(data, four, h, [&](int x, int y, int index) {
+        if (x < 0 || x >= w || y < 0 || y >= h)
+            return;
+        std::uint8_t* row = dib.row(y);
+        if (four) {
+            std::uint8_t& byte = row[x / 2];
+            byte = (x & 1) ? static_cast<std::uint8_t>((byte & 0xF0) | (index & 0x0F))
+                           : static_cast<std::uint8_t>((byte & 0x0F) | (index << 4));
+        } else {
+            row[x] = static_cast<std::uint8_t>(index);
+        }
+    });
+}
+
+// A thumbnail: each row turned into RGB and box-averaged as it comes, so that a picture of
+// any size costs a few rows and the small result. Rows are taken in file order, bottom-up
+// ones upside down, and the result is turned the right way up at the end.
+bool decodeShrunk(std::span<const std::uint8_t> b, std::span<const std::uint8_t> data,
+                  const Fields& f, std::uint32_t factor, DecodeResult& r) {
+    const auto w = static_cast<std::uint32_t>(f.width);
+    const auto h = static_cast<std::uint32_t>(f.height);
+    BoxShrinker shrink;
+    BoxShrinker::Shape shape;
+    shape.width = w;
+    shape.height = h;
+    shape.factor = factor;
+    shape.channels = 3;
+    shape.blockWidth = w;
+    shape.samplesPerPixel = 3;
+    if (!shrink.start(shape, r.error))
+        return false;
+    std::uint8_t palette[256][3] = {};
+    for (std::size_t i = 0; i < f.colours; ++i) {
+        const std::size_t at = f.paletteOffset + i * f.paletteEntrySize;
+        if (at + 3 > b.size())
+            break;
+        palette[i][0] = b[at + 2];
+        palette[i][1] = b[at + 1];
+        palette[i][2] = b[at];
+    }
+    std::vector<std::uint8_t> rgb(std::size_t{w} * 3);
+    const auto fromIndices = [&](const auto& indexAt) {
+        for (std::uint32_t x = 0; x < w; ++x)
+            std::memcpy(&rgb[3 * std::size_t{x}], palette[indexAt(x)], 3);
+    };
+    const bool rle = f.compression == kBiRle8 || f.compression == kBiRle4;
+    if (rle) {
+        std::vector<std::uint8_t> indices(w, 0);
+        std::uint32_t next = 0; // the first row not yet handed on
+        bool stopped = false;
+        const auto flushBelow = [&](std::uint32_t y) {
+            for (; next < y && next < h && !stopped; ++next) {
+                fromIndices([&](std::uint32_t x) { return indices[x]; });
+                stopped = !shrink.addRow(next, rgb.data());
+                std::fill(indices.begin(), indices.end(), 0);
+            }
+        };
+        const bool ok = walkRle(
+            data, f.compression == kBiRle4, static_cast<int>(h), [&](int x, int y, int index) {
+                if (x < 0 || x >= f.width || y < 0 || y >= f.height || stopped)
+                    return;
+                flushBelow(static_cast<std::uint32_t>(y));
+                indices[static_cast<std::size_t>(x)] = static_cast<std::uint8_t>(index);
+            });
+        if (!ok) {
+            r.error = kTruncated;
+            return false;
+        }
+        flushBelow(h);
+        if (stopped)
+            return false;
+    } else {
+        const std::size_t fileStride = dibStride(w, static_cast<std::uint32_t>(f.bitCount));
+        const MaskChannel red(f.masks[0]), green(f.masks[1]), blue(f.masks[2]);
+        const bool fields = f.compression == kBiBitfields;
+        const MaskChannel red16(0x7C00), green16(0x03E0), blue16(0x001F);
+        for (std::uint32_t y = 0; y < h; ++y) {
+            const std::uint8_t* src = &data[std::size_t{y} * fileStride];
+            switch (f.bitCount) {
+            case 1:
+                fromIndices([&](std::uint32_t x) { return (src[x / 8] >> (7 - x % 8)) & 1; });
+                break;
+            case 4:
+                fromIndices(
+                    [&](std::uint32_t x) { return (x & 1) ? src[x / 2] & 0x0F : src[x / 2] >> 4; });
+                break;
+            case 8:
+                fromIndices([&](std::uint32_t x) { return src[x]; });
+                break;
+            case 16:
+                for (std::uint32_t x = 0; x < w; ++x) {
+                    const std::uint32_t p = readLe16(src + 2 * x);
+                    rgb[3 * x] = fields ? red.value(p) : red16.value(p);
+                    rgb[3 * x + 1] = fields ? green.value(p) : green16.value(p);
+                    rgb[3 * x + 2] = fields ? blue.value(p) : blue16.value(p);
+                }
+                break;
+            default: // 24 and 32
+                for (std::uint32_t x = 0; x < w; ++x) {
+                    if (fields) {
+                        const std::uint32_t p = readLe32(src + 4 * x);
+                        rgb[3 * x] = red.value(p);
+                        rgb[3 * x + 1] = green.value(p);
+                        rgb[3 * x + 2] = blue.value(p);
+                    } else {
+                        const std::uint8_t* px = src + std::size_t{x} * (f.bitCount / 8);
+                        rgb[3 * x] = px[2];
+                        rgb[3 * x + 1] = px[1];
+                        rgb[3 * x + 2] = px[0];
+                    }
+                }
+                break;
+            }
+            if (!shrink.addRow(y, rgb.data()))
+                return false;
+        }
+    }
+    r.dib = std::move(shrink.dib());
+    if (!f.topDown) {
+        std::vector<std::uint8_t> swap(r.dib.stride());
+        for (int y = 0, z = r.dib.height() - 1; y < z; ++y, --z) {
+            std::memcpy(swap.data(), r.dib.row(y), swap.size());
+            std::memcpy(r.dib.row(y), r.dib.row(z), swap.size());
+            std::memcpy(r.dib.row(z), swap.data(), swap.size());
+        }
+    }
+    return true;
+}
+
 bool standardMasks(const Fields& f) {
     if (f.compression != kBiBitfields)
         return true;
@@ -181,8 +303,7 @@ bool BmpCodec::probe(std::span<const std::uint8_t> head) const {
     return head.size() >= 2 && head[0] == 'B' && head[1] == 'M';
 }
 
-DecodeResult BmpCodec::decode(std::span<const std::uint8_t> b,
-                              const DecodeRequest& /*request*/) const {
+DecodeResult BmpCodec::decode(std::span<const std::uint8_t> b, const DecodeRequest& request) const {
     DecodeResult r;
     Fields f;
     if (!readFields(b, f, r.error))
@@ -207,6 +328,17 @@ DecodeResult BmpCodec::decode(std::span<const std::uint8_t> b,
         return r;
     }
 
+    r.fullWidth = static_cast<int>(f.width);
+    r.fullHeight = static_cast<int>(f.height);
+    r.fullBitCount = f.bitCount;
+    if (const std::uint32_t factor = BoxShrinker::factorFor(static_cast<std::uint32_t>(f.width),
+                                                            static_cast<std::uint32_t>(f.height),
+                                                            request.boxWidth, request.boxHeight);
+        factor > 1) {
+        if (!decodeShrunk(b, data, f, factor, r))
+            r.dib = {};
+        return r;
+    }
     // Odd bit fields cannot stay packed as they are: such pictures become 24-bit.
     const bool convert = f.bitCount >= 16 && !standardMasks(f);
     const int outDepth = convert ? 24 : f.bitCount;

@@ -1,6 +1,7 @@
 #include "imagelib/core/Dib.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 namespace imagelib {
@@ -12,6 +13,32 @@ bool validDepth(int bitCount) {
 }
 
 } // namespace
+
+std::string tooLargeText(std::int64_t width, std::int64_t height) {
+    return "The picture is " + std::to_string(width) + " × " + std::to_string(height) +
+           " pixels, too large to open.";
+}
+
+bool withinPixelBudget(std::int64_t width, std::int64_t height, std::string& error) {
+    if (width > 0 && height > 0 &&
+        static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) > kMaxPixels) {
+        error = tooLargeText(width, height);
+        return false;
+    }
+    return true;
+}
+
+bool shapeAcceptable(std::int64_t width, std::int64_t height, std::string& error) {
+    if (width <= 0 || height <= 0) {
+        error = "The image has no pixels (its width or height is zero).";
+        return false;
+    }
+    if (width > kMaxDimension || height > kMaxDimension) {
+        error = "The image is too large to open.";
+        return false;
+    }
+    return true;
+}
 
 DibBuffer::DibBuffer(DibBuffer&& other) noexcept {
     *this = std::move(other);
@@ -37,18 +64,15 @@ DibBuffer::~DibBuffer() {
 
 bool DibBuffer::sizeAcceptable(std::int64_t width, std::int64_t height, int bitCount,
                                std::string& error) {
-    if (width <= 0 || height <= 0) {
-        error = "The image has no pixels (its width or height is zero).";
+    if (!shapeAcceptable(width, height, error))
         return false;
-    }
     if (!validDepth(bitCount)) {
         error = "The image uses a colour depth that is not supported.";
         return false;
     }
-    if (width > kMaxDimension || height > kMaxDimension ||
-        dibStride(static_cast<std::uint64_t>(width), static_cast<std::uint32_t>(bitCount)) *
-                static_cast<std::uint64_t>(height) >
-            kMaxDibBytes) {
+    if (dibStride(static_cast<std::uint64_t>(width), static_cast<std::uint32_t>(bitCount)) *
+            static_cast<std::uint64_t>(height) >
+        kMaxDibBytes) {
         error = "The image is too large to open.";
         return false;
     }
@@ -58,7 +82,9 @@ bool DibBuffer::sizeAcceptable(std::int64_t width, std::int64_t height, int bitC
 DibBuffer DibBuffer::create(std::int64_t width, std::int64_t height, int bitCount, int colours,
                             std::string& error) {
     DibBuffer dib;
-    if (!sizeAcceptable(width, height, bitCount, error))
+    // The budget is checked last, so that a decoder's own finding (a claim its data cannot
+    // hold) is what the user reads when there is one.
+    if (!sizeAcceptable(width, height, bitCount, error) || !withinPixelBudget(width, height, error))
         return dib;
     if (colours < 0 || colours > 256) {
         error = "The image's colour table is invalid.";

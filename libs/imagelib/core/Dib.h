@@ -1,6 +1,7 @@
 #pragma once
 
 #include "imagelib/core/DibHeader.h"
+#include "imagelib/imagelib.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +13,17 @@ namespace imagelib {
 // Ceiling for one decoded picture; larger claims are refused before anything is allocated.
 inline constexpr std::uint64_t kMaxDibBytes = 0x7FFF0000;
 inline constexpr std::int64_t kMaxDimension = 1 << 20;
+// The pixel budget of a full decode, about 11585 x 11585: a picture over it is refused with
+// a sentence naming its size before anything is allocated. Thumbnails that stream their rows
+// into a reduced picture are not bound by it.
+inline constexpr std::uint64_t kMaxPixels = IMAGELIB_MAX_PIXELS;
+
+// "The picture is W × H pixels, too large to open."
+std::string tooLargeText(std::int64_t width, std::int64_t height);
+// Within the pixel budget; otherwise false with tooLargeText in `error`.
+bool withinPixelBudget(std::int64_t width, std::int64_t height, std::string& error);
+// A shape a streaming reduced decode can take: both sides in 1..kMaxDimension.
+bool shapeAcceptable(std::int64_t width, std::int64_t height, std::string& error);
 
 // A packed bitmap being built: one malloc'd block (header, colour table, rows bottom-up),
 // handed to the caller with release() and freed with ImageLib_Free. Nothing is zero-filled
@@ -26,10 +38,12 @@ public:
     ~DibBuffer();
 
     // A picture of width x height at bitCount (1, 4, 8, 16, 24 or 32) with `colours` table
-    // entries (0 for none). Fails, with a reason, when the size is absurd or memory short.
+    // entries (0 for none). Fails, with a reason, when the size is absurd, over the pixel
+    // budget, or memory short.
     static DibBuffer create(std::int64_t width, std::int64_t height, int bitCount, int colours,
                             std::string& error);
-    // Checks the bytes a picture of that size would need, without allocating.
+    // Checks the bytes a picture of that size would need, without allocating. The pixel
+    // budget is left to create(), as reduced decodes stream pictures of any size.
     static bool sizeAcceptable(std::int64_t width, std::int64_t height, int bitCount,
                                std::string& error);
 

@@ -2,7 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
@@ -20,7 +22,11 @@ TempFile::TempFile(const std::filesystem::path& target) : m_target(target) {
     }
     const std::filesystem::path folder =
         m_target.has_parent_path() ? m_target.parent_path() : std::filesystem::path(".");
-    std::string pattern = (folder / ("." + m_target.filename().string() + ".XXXXXX")).string();
+    // The dot and suffix must not push a long legal name past the file system's limit; the
+    // temporary name only needs to be unique and hidden.
+    std::string leaf = m_target.filename().string();
+    leaf.resize(std::min<std::size_t>(leaf.size(), NAME_MAX - 8));
+    std::string pattern = (folder / ("." + leaf + ".XXXXXX")).string();
     std::vector<char> buf(pattern.begin(), pattern.end());
     buf.push_back('\0');
     m_fd = ::mkostemp(buf.data(), O_CLOEXEC);

@@ -1,5 +1,6 @@
 #include "imagelib/gif/GifCodec.h"
 
+#include "imagelib/core/BoxShrinker.h"
 #include "imagelib/imagelib.h"
 
 #include <algorithm>
@@ -154,6 +155,72 @@ bool decodeFrame(GifFileType& gif, int transparent, DibBuffer& dib, std::string&
     return coverAllIndices(dib, highest, error);
 }
 
+// A thumbnail of a frame that is not interlaced: each screen row, background or frame, is
+// turned into RGB and box-averaged as it comes, so a screen of any size costs a row and the
+// small result. Interlaced frames arrive out of order and are decoded whole.
+bool decodeFrameShrunk(GifFileType& gif, int transparent, std::uint32_t factor, DibBuffer& dib,
+                       std::string& error) {
+    const GifImageDesc& frame = gif.Image;
+    const ColorMapObject* map = frame.ColorMap ? frame.ColorMap : gif.SColorMap;
+    const int colours = map ? std::clamp(map->ColorCount, 1, 256) : 256;
+    std::uint8_t rgb[256][3] = {}; // indices past the table are black
+    for (int i = 0; i < colours; ++i) {
+        const auto grey = static_cast<std::uint8_t>(i);
+        rgb[i][0] = map ? map->Colors[i].Red : grey;
+        rgb[i][1] = map ? map->Colors[i].Green : grey;
+        rgb[i][2] = map ? map->Colors[i].Blue : grey;
+    }
+    BoxShrinker::Shape shape;
+    shape.width = static_cast<std::uint32_t>(gif.SWidth);
+    shape.height = static_cast<std::uint32_t>(gif.SHeight);
+    shape.factor = factor;
+    shape.channels = 3;
+    shape.blockWidth = shape.width;
+    shape.samplesPerPixel = 3;
+    BoxShrinker shrink;
+    if (!shrink.start(shape, error))
+        return false;
+    const std::size_t width = shape.width;
+    const int background = gif.SBackGroundColor < colours ? gif.SBackGroundColor : 0;
+    std::vector<std::uint8_t> backgroundRow(width * 3), row(width * 3);
+    for (std::size_t x = 0; x < width; ++x)
+        std::memcpy(&backgroundRow[3 * x], rgb[background], 3);
+    const bool empty = frame.Width <= 0 || frame.Height <= 0;
+    const int visibleWidth = std::clamp(gif.SWidth - frame.Left, 0, std::max(frame.Width, 0));
+    const int visibleRows = empty ? 0 : std::clamp(gif.SHeight - frame.Top, 0, frame.Height);
+    std::vector<GifPixelType> line(static_cast<std::size_t>(std::max(frame.Width, 1)));
+    for (int y = 0; y < gif.SHeight; ++y) {
+        const int frameY = y - frame.Top;
+        if (frameY < 0 || frameY >= visibleRows) {
+            if (!shrink.addRow(static_cast<std::uint32_t>(y), backgroundRow.data()))
+                return false;
+            continue;
+        }
+        if (DGifGetLine(&gif, line.data(), frame.Width) == GIF_ERROR) {
+            error = kDamaged;
+            return false;
+        }
+        row = backgroundRow;
+        for (int x = 0; x < visibleWidth; ++x) {
+            const int index = line[static_cast<std::size_t>(x)];
+            if (index != transparent)
+                std::memcpy(&row[3 * static_cast<std::size_t>(frame.Left + x)], rgb[index], 3);
+        }
+        if (!shrink.addRow(static_cast<std::uint32_t>(y), row.data()))
+            return false;
+    }
+    if (!empty && visibleRows < frame.Height && !skipPixels(gif)) {
+        error = kDamaged;
+        return false;
+    }
+    if (empty && !skipPixels(gif)) {
+        error = kDamaged;
+        return false;
+    }
+    dib = std::move(shrink.dib());
+    return true;
+}
+
 std::string noSuchPage(int frames, int page) {
     return "The GIF file has only " + std::to_string(frames) + (frames == 1 ? " page" : " pages") +
            "; page " + std::to_string(page + 1) + " does not exist.";
@@ -214,7 +281,14 @@ DecodeResult GifCodec::decode(std::span<const std::uint8_t> bytes,
             if (DGifGetImageDesc(gif.get()) == GIF_ERROR) {
                 broken = true;
             } else if (frames == request.page) {
-                if (!decodeFrame(*gif, transparent, r.dib, r.error)) {
+                const std::uint32_t factor =
+                    gif->Image.Interlace
+                        ? 1
+                        : BoxShrinker::factorFor(static_cast<std::uint32_t>(gif->SWidth),
+                                                 static_cast<std::uint32_t>(gif->SHeight),
+                                                 request.boxWidth, request.boxHeight);
+                if (factor > 1 ? !decodeFrameShrunk(*gif, transparent, factor, r.dib, r.error)
+                               : !decodeFrame(*gif, transparent, r.dib, r.error)) {
                     r.dib = {};
                     return r;
                 }

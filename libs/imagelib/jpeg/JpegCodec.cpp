@@ -22,9 +22,25 @@ constexpr std::uint64_t kHuffmanPixelsPerByte = 4096;
 constexpr std::uint64_t kArithmeticPixelsPerByte = 1 << 17;
 constexpr std::uint64_t kPixelsAlwaysAllowed = 1 << 20;
 
+// Each scan of a multi-scan file passes over the whole coefficient buffer; the scans a file
+// may have are bounded so that their total stays within this many pixel visits.
+constexpr std::uint64_t kMaxScanWork = kMaxPixels * 16;
+
+struct ScanBudget {
+    jpeg_progress_mgr manager; // first: libjpeg hands the monitor a pointer to it
+    int maxScans;
+};
+
 void checkScanCount(j_common_ptr cinfo) {
-    if (reinterpret_cast<j_decompress_ptr>(cinfo)->input_scan_number > kMaxScans)
+    const auto* budget = reinterpret_cast<const ScanBudget*>(cinfo->progress);
+    if (reinterpret_cast<j_decompress_ptr>(cinfo)->input_scan_number > budget->maxScans)
         JpegErrorTrap::fail(cinfo, JpegErrorTrap::kTooManyScans);
+}
+
+int scansAllowed(const jpeg_decompress_struct& cinfo) {
+    const std::uint64_t pixels =
+        std::max<std::uint64_t>(1, std::uint64_t{cinfo.image_width} * cinfo.image_height);
+    return static_cast<int>(std::clamp<std::uint64_t>(kMaxScanWork / pixels, 1, kMaxScans));
 }
 
 bool claimFitsData(const jpeg_decompress_struct& cinfo, std::size_t bytes) {
@@ -71,7 +87,7 @@ bool decompress(std::span<const std::uint8_t> bytes, const DecodeRequest& reques
                 DecodeResult& r) {
     jpeg_decompress_struct cinfo;
     JpegErrorTrap trap;
-    jpeg_progress_mgr progress{};
+    ScanBudget progress{};
     JSAMPROW rows[kRowBatch];
     cinfo.err = trap.install();
     if (setjmp(trap.jump)) {
@@ -84,8 +100,9 @@ bool decompress(std::span<const std::uint8_t> bytes, const DecodeRequest& reques
     }
     jpeg_create_decompress(&cinfo);
     cinfo.mem->max_memory_to_use = kMaxLibraryMemory;
-    progress.progress_monitor = checkScanCount;
-    cinfo.progress = &progress;
+    progress.manager.progress_monitor = checkScanCount;
+    progress.maxScans = kMaxScans;
+    cinfo.progress = &progress.manager;
     jpeg_mem_src(&cinfo, bytes.data(), static_cast<unsigned long>(bytes.size()));
     jpeg_read_header(&cinfo, TRUE);
 
@@ -117,6 +134,15 @@ bool decompress(std::span<const std::uint8_t> bytes, const DecodeRequest& reques
         r.error = "The JPEG file claims a picture far larger than its data could hold.";
         return false;
     }
+
+    // A multi-scan file keeps every coefficient of the whole picture however small the
+    // output, so its full size is held to the pixel budget even for a thumbnail.
+    if (jpeg_has_multiple_scans(&cinfo) &&
+        !withinPixelBudget(cinfo.image_width, cinfo.image_height, r.error)) {
+        jpeg_destroy_decompress(&cinfo);
+        return false;
+    }
+    progress.maxScans = scansAllowed(cinfo);
 
     const bool reduced = request.boxWidth > 0 || request.boxHeight > 0;
     if (reduced) {

@@ -1,5 +1,6 @@
 #include "imagelib/png/PngCodec.h"
 
+#include "imagelib/core/BoxShrinker.h"
 #include "imagelib/imagelib.h"
 #include "imagelib/png/PngGlue.h"
 
@@ -227,6 +228,64 @@ bool coverAllIndices(DibBuffer& dib, std::string& error) {
     return true;
 }
 
+// The picture of an interlaced file's first pass: every eighth pixel each way.
+png_uint_32 firstPassSide(png_uint_32 side) {
+    return (side + 7) / 8;
+}
+
+// A thumbnail streamed row by row into the box average, so that memory stays a few rows and
+// the reduced picture whatever the size. An interlaced file gives its first pass only, a
+// picture of every eighth pixel that arrives first in the file. Grey stays one channel;
+// colour and palettes become RGB; alpha is dropped, as the thumbnail ignores it.
+bool decodeShrunk(Reader& reader, const Header& h, std::uint32_t width, std::uint32_t height,
+                  std::uint32_t factor, DecodeResult& r) {
+    const bool grey = !(h.colourType & PNG_COLOR_MASK_COLOR);
+    BoxShrinker shrink;
+    BoxShrinker::Shape shape;
+    shape.width = width;
+    shape.height = height;
+    shape.factor = factor;
+    shape.channels = grey ? 1 : 3;
+    shape.blockWidth = width;
+    shape.samplesPerPixel = static_cast<std::uint32_t>(shape.channels);
+    if (!shrink.start(shape, r.error))
+        return false;
+    std::vector<std::uint8_t> row(std::size_t{h.width} * static_cast<std::size_t>(shape.channels));
+    const bool ok = guarded(reader.png, [&] {
+        png_structp png = reader.png;
+        if (h.bitDepth == 16)
+            png_set_scale_16(png);
+        if (h.colourType == PNG_COLOR_TYPE_PALETTE)
+            png_set_palette_to_rgb(png);
+        if (grey)
+            png_set_expand_gray_1_2_4_to_8(png);
+        // Expanding a palette also turns its transparency into alpha.
+        if ((h.colourType & PNG_COLOR_MASK_ALPHA) || h.transparency)
+            png_set_strip_alpha(png);
+        png_read_update_info(png, reader.info);
+        if (png_get_rowbytes(png, reader.info) > row.size())
+            png_error(png, "unexpected row size");
+        for (std::uint32_t y = 0; y < height; ++y) {
+            png_read_row(png, row.data(), nullptr);
+            if (!shrink.addRow(y, row.data()))
+                png_error(png, "stopped");
+        }
+    });
+    if (!ok) {
+        r.error = kDamaged;
+        return false;
+    }
+    r.dib = std::move(shrink.dib());
+    if (grey) {
+        RgbQuad* table = r.dib.palette();
+        for (int i = 0; i < 256; ++i) {
+            const auto v = static_cast<std::uint8_t>(i);
+            table[i] = {v, v, v, 0};
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 std::uint32_t PngCodec::format() const {
@@ -239,7 +298,7 @@ bool PngCodec::probe(std::span<const std::uint8_t> head) const {
 }
 
 DecodeResult PngCodec::decode(std::span<const std::uint8_t> bytes,
-                              const DecodeRequest& /*request*/) const {
+                              const DecodeRequest& request) const {
     DecodeResult r;
     if (!probe(bytes)) {
         r.error = "The file is not a PNG image.";
@@ -266,6 +325,24 @@ DecodeResult PngCodec::decode(std::span<const std::uint8_t> bytes,
     if ((fileRowBytes + 1) * h.height > bytes.size() * kMaxExpansion) {
         r.error = "The PNG file claims a picture far larger than its data.";
         return r;
+    }
+    if (request.boxWidth > 0 || request.boxHeight > 0) {
+        const bool interlaced = h.interlace != PNG_INTERLACE_NONE;
+        const png_uint_32 w = interlaced ? firstPassSide(h.width) : h.width;
+        const png_uint_32 ht = interlaced ? firstPassSide(h.height) : h.height;
+        const std::uint32_t factor =
+            BoxShrinker::factorFor(w, ht, request.boxWidth, request.boxHeight);
+        const bool covers = w >= 2u * static_cast<std::uint32_t>(std::max(0, request.boxWidth)) &&
+                            ht >= 2u * static_cast<std::uint32_t>(std::max(0, request.boxHeight));
+        if ((interlaced && covers) || factor > 1) {
+            r.fullWidth = static_cast<int>(h.width);
+            r.fullHeight = static_cast<int>(h.height);
+            r.fullBitCount = l.bitCount;
+            if (!shapeAcceptable(h.width, h.height, r.error) ||
+                !decodeShrunk(reader, h, w, ht, factor, r))
+                r.dib = {};
+            return r;
+        }
     }
     r.dib = DibBuffer::create(h.width, h.height, l.bitCount, l.colours, r.error);
     if (!r.dib)

@@ -1,5 +1,6 @@
 #include "imagelib/pnm/PnmCodec.h"
 
+#include "imagelib/core/BoxShrinker.h"
 #include "imagelib/core/WriteAll.h"
 #include "imagelib/imagelib.h"
 
@@ -237,6 +238,67 @@ bool readPlain(std::span<const std::uint8_t> raster, const Header& h, DibBuffer&
     return true;
 }
 
+// A thumbnail: each row scaled to 8-bit samples (a bitmap's to white and black grey) and
+// box-averaged as it comes, so that only a row and the small result are held.
+bool readShrunk(std::span<const std::uint8_t> raster, const Header& h, std::uint32_t factor,
+                DecodeResult& r) {
+    const bool colour = h.kind == Kind::Colour;
+    const int channels = colour ? 3 : 1;
+    BoxShrinker::Shape shape;
+    shape.width = static_cast<std::uint32_t>(h.width);
+    shape.height = static_cast<std::uint32_t>(h.height);
+    shape.factor = factor;
+    shape.channels = channels;
+    shape.blockWidth = shape.width;
+    shape.samplesPerPixel = static_cast<std::uint32_t>(channels);
+    BoxShrinker shrink;
+    if (!shrink.start(shape, r.error))
+        return false;
+    const std::size_t w = shape.width;
+    const std::size_t n = w * static_cast<std::size_t>(channels);
+    const std::vector<std::uint8_t> scale = scaleTable(h.maxval);
+    const bool wide = h.maxval > 255;
+    const std::size_t rowBytes = h.rawRowBytes();
+    std::vector<std::uint8_t> samples(n);
+    Tokens t(raster, 0);
+    for (std::uint32_t y = 0; y < shape.height; ++y) {
+        const std::uint8_t* src = h.plain ? nullptr : &raster[std::size_t{y} * rowBytes];
+        if (h.kind == Kind::Bitmap) {
+            for (std::size_t x = 0; x < w; ++x) {
+                int v = 0;
+                if (src)
+                    v = (src[x / 8] >> (7 - x % 8)) & 1;
+                else if (t.bit(v) != Tokens::Result::Ok)
+                    return false;
+                samples[x] = v ? 0 : 255; // the format's 1 is black
+            }
+        } else if (src) {
+            for (std::size_t i = 0; i < n; ++i)
+                samples[i] = wide
+                                 ? scale[static_cast<std::size_t>(src[2 * i] << 8 | src[2 * i + 1])]
+                                 : scale[src[i]];
+        } else {
+            for (std::size_t i = 0; i < n; ++i) {
+                std::uint64_t v = 0;
+                if (t.number(v) != Tokens::Result::Ok)
+                    return false;
+                samples[i] = scale[std::min<std::uint64_t>(v, scale.size() - 1)];
+            }
+        }
+        if (!shrink.addRow(y, samples.data()))
+            return false;
+    }
+    r.dib = std::move(shrink.dib());
+    if (!colour) {
+        RgbQuad* pal = r.dib.palette();
+        for (int i = 0; i < 256; ++i) {
+            const auto v = static_cast<std::uint8_t>(i);
+            pal[i] = {v, v, v, 0};
+        }
+    }
+    return true;
+}
+
 // What a picture is written as; None when the format cannot hold it.
 enum class Output { None, Bitmap, Grey, Colour };
 
@@ -318,7 +380,7 @@ bool PnmCodec::probe(std::span<const std::uint8_t> head) const {
 }
 
 DecodeResult PnmCodec::decode(std::span<const std::uint8_t> bytes,
-                              const DecodeRequest& /*request*/) const {
+                              const DecodeRequest& request) const {
     DecodeResult r;
     Header h;
     if (!readHeader(bytes, h, r.error))
@@ -336,6 +398,16 @@ DecodeResult PnmCodec::decode(std::span<const std::uint8_t> bytes,
                                                           : samples * 2 - 1;
     if (raster.size() < needed) {
         r.error = kDamaged;
+        return r;
+    }
+    if (const std::uint32_t factor = BoxShrinker::factorFor(static_cast<std::uint32_t>(h.width),
+                                                            static_cast<std::uint32_t>(h.height),
+                                                            request.boxWidth, request.boxHeight);
+        factor > 1) {
+        if (!readShrunk(raster, h, factor, r)) {
+            r.dib = {};
+            r.error = kDamaged;
+        }
         return r;
     }
     const int colours = h.kind == Kind::Bitmap ? 2 : h.kind == Kind::Grey ? 256 : 0;

@@ -1,6 +1,6 @@
 #include "imagelib/tiff/TiffPageReader.h"
 
-#include "imagelib/tiff/TiffShrinkReader.h"
+#include "imagelib/core/BoxShrinker.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +8,7 @@
 #include <memory>
 #include <new>
 #include <tiffio.h>
+#include <vector>
 
 namespace imagelib {
 namespace {
@@ -244,8 +245,7 @@ void putRow(const Plan& p, int bps, const SampleRow& s, std::size_t x0, std::siz
     }
 }
 
-void fillPalette(TIFF* tif, const Plan& p, DibBuffer& dib) {
-    RgbQuad* pal = dib.palette();
+void fillPalette(TIFF* tif, const Plan& p, RgbQuad* pal) {
     if (p.kind == Kind::Grey) {
         for (int i = 0; i < p.colours; ++i) {
             const auto v = static_cast<std::uint8_t>(i * 255 / (p.colours - 1));
@@ -384,7 +384,7 @@ bool readShrunk(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit,
     if (!DibBuffer::sizeAcceptable(l.width, l.height, p.outBits, error) ||
         !measureBlocks(tif, l, p, limit, b, error))
         return false;
-    TiffShrinkReader shrink;
+    BoxShrinker shrink;
     if (!shrink.start({l.width, l.height, factor, p.channelCount, l.bps, p.invert, b.height,
                        std::min(b.width, l.width), l.separate() ? 1u : std::uint32_t{l.spp}},
                       error))
@@ -400,6 +400,116 @@ bool readShrunk(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit,
     if (!walkBlocks(tif, l, p, b, error, block, [&](std::uint32_t y) { shrink.rowsDone(y); }))
         return false;
     dib = std::move(shrink.dib());
+    return true;
+}
+
+// Bilevel, 2- and 4-bit grey and paletted pictures, whose full decode is indexed: their
+// thumbnails are averaged from the colours the indices stand for.
+bool indexedShrinkable(const Layout& l, const Plan& p) {
+    return (p.kind == Kind::Grey && l.bps < 8 && !p.hasAlpha) || p.kind == Kind::Palette;
+}
+
+bool readShrunkIndexed(TIFF* tif, const Layout& l, const Plan& p, std::uint64_t limit,
+                       std::uint32_t factor, DibBuffer& dib, std::string& error) {
+    RgbQuad table[256] = {};
+    fillPalette(tif, p, table);
+    BoxShrinker::Shape shape;
+    shape.width = l.width;
+    shape.height = l.height;
+    shape.factor = factor;
+    // Grey stays one channel, a third of the work of colour.
+    const bool grey = p.kind == Kind::Grey;
+    const int channels = grey ? 1 : 3;
+    shape.channels = channels;
+    shape.blockWidth = l.width;
+    shape.samplesPerPixel = static_cast<std::uint32_t>(channels);
+    const bool tiled = TIFFIsTiled(tif) != 0;
+    Blocks b;
+    if (tiled || l.separate()) {
+        if (!measureBlocks(tif, l, p, limit, b, error))
+            return false;
+        shape.bandRows = b.height;
+    }
+    BoxShrinker shrink;
+    if (!shrink.start(shape, error))
+        return false;
+    std::vector<std::uint8_t> rgb(std::size_t{l.width} * 3 + 8);
+    const unsigned max = (1u << l.bps) - 1u;
+    // Bilevel rows, the common case by far, go a byte (eight pixels) at a time.
+    std::uint8_t eight[256][8];
+    for (int byte = 0; byte < 256; ++byte)
+        for (int bit = 0; bit < 8; ++bit) {
+            const unsigned v = (byte >> (7 - bit)) & 1u;
+            eight[byte][bit] = table[p.invert ? 1u - v : v].red;
+        }
+    // Samples x0 .. x0 + cols - 1 of a row as grey or RGB, from the start of the buffer.
+    const auto toRgb = [&](const SampleRow& s, std::size_t cols) {
+        if (grey && l.bps == 1 && s.step == 1 && s.offset[0] == 0) {
+            for (std::size_t i = 0; i < (cols + 7) / 8; ++i)
+                std::memcpy(&rgb[8 * i], eight[s.base[0][i]], 8);
+            return;
+        }
+        for (std::size_t x = 0; x < cols; ++x) {
+            unsigned v = rawSample(s.base[0], x * s.step + s.offset[0], l.bps);
+            if (p.invert)
+                v = max - v;
+            const RgbQuad& q = table[v & 255];
+            if (grey) {
+                rgb[x] = q.red;
+                continue;
+            }
+            rgb[3 * x] = q.red;
+            rgb[3 * x + 1] = q.green;
+            rgb[3 * x + 2] = q.blue;
+        }
+    };
+    const std::uint8_t* channel[3] = {rgb.data(), rgb.data() + 1, rgb.data() + 2};
+    if (!tiled && !l.separate()) {
+        // Strips a row at a time: a fax page in one strip never needs the whole strip.
+        const tmsize_t size = TIFFScanlineSize(tif);
+        if (size <= 0 ||
+            static_cast<std::uint64_t>(size) * 8 < std::uint64_t{l.width} * l.spp * l.bps) {
+            error = kDamaged;
+            return false;
+        }
+        std::vector<std::uint8_t> line(static_cast<std::size_t>(size));
+        SampleRow s;
+        s.base[0] = line.data();
+        s.offset[0] = static_cast<std::size_t>(p.channels[0]);
+        s.step = l.spp;
+        for (std::uint32_t y = 0; y < l.height; ++y) {
+            if (TIFFReadScanline(tif, line.data(), y, 0) < 0) {
+                error = kDamaged;
+                return false;
+            }
+            toRgb(s, l.width);
+            if (!shrink.addRow(y, rgb.data())) {
+                error = kDamaged;
+                return false;
+            }
+        }
+    } else {
+        const auto block = [&](std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
+                               std::uint32_t cols, const SampleRow& first, std::size_t rowBytes) {
+            SampleRow s = first;
+            for (std::uint32_t r = 0; r < rows; ++r) {
+                toRgb(s, cols);
+                shrink.addBlock(y0 + r, 1, x0, cols, channel, 0,
+                                static_cast<std::size_t>(channels));
+                s.base[0] += rowBytes;
+            }
+        };
+        if (!walkBlocks(tif, l, p, b, error, block, [&](std::uint32_t y) { shrink.rowsDone(y); }))
+            return false;
+    }
+    dib = std::move(shrink.dib());
+    if (grey) {
+        RgbQuad* ramp = dib.palette();
+        for (int i = 0; i < 256; ++i) {
+            const auto v = static_cast<std::uint8_t>(i);
+            ramp[i] = {v, v, v, 0};
+        }
+    }
     return true;
 }
 
@@ -543,26 +653,32 @@ void readTiffPage(TIFF* tif, std::size_t fileSize, const DecodeRequest& request,
     }
 
     const Plan plan = choosePlan(tif, l);
+    const bool indexed = indexedShrinkable(l, plan);
     const std::uint32_t factor =
-        shrinkable(l, plan)
-            ? TiffShrinkReader::factorFor(l.width, l.height, request.boxWidth, request.boxHeight)
+        shrinkable(l, plan) || indexed
+            ? BoxShrinker::factorFor(l.width, l.height, request.boxWidth, request.boxHeight)
             : 1;
     if (plan.kind == Kind::Fallback) {
         if (!readRgba(tif, l, result))
             return;
+    } else if (factor > 1 && indexed) {
+        if (!readShrunkIndexed(tif, l, plan, limit, factor, result.dib, result.error)) {
+            result.dib = {};
+            return;
+        }
     } else if (factor > 1) {
         if (!readShrunk(tif, l, plan, limit, factor, result.dib, result.error)) {
             result.dib = {};
             return;
         }
         if (plan.colours)
-            fillPalette(tif, plan, result.dib);
+            fillPalette(tif, plan, result.dib.palette());
     } else {
         result.dib = DibBuffer::create(l.width, l.height, plan.outBits, plan.colours, result.error);
         if (!result.dib)
             return;
         if (plan.colours)
-            fillPalette(tif, plan, result.dib);
+            fillPalette(tif, plan, result.dib.palette());
         if (!readBlocks(tif, l, plan, limit, result.dib, result.error)) {
             result.dib = {};
             return;
@@ -573,7 +689,7 @@ void readTiffPage(TIFF* tif, std::size_t fileSize, const DecodeRequest& request,
     result.dib.header().yPelsPerMeter = pixelsPerMetre(tif, TIFFTAG_YRESOLUTION);
     result.fullWidth = static_cast<int>(l.width);
     result.fullHeight = static_cast<int>(l.height);
-    result.fullBitCount = result.dib.bitCount();
+    result.fullBitCount = indexed ? plan.outBits : result.dib.bitCount();
 }
 
 } // namespace imagelib

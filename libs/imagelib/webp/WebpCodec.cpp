@@ -146,6 +146,14 @@ DecodeResult decodeAnimation(std::span<const std::uint8_t> bytes, const WebPBits
         r.error = "The WebP file claims a picture far larger than its data.";
         return r;
     }
+    // An animation cannot be decoded reduced, and its two canvases cost twice a picture of
+    // the same size: thumbnails included, the canvas is held to half the pixel budget.
+    if (std::uint64_t{2} * static_cast<std::uint64_t>(f.width) *
+            static_cast<std::uint64_t>(f.height) >
+        kMaxPixels) {
+        r.error = tooLargeText(f.width, f.height);
+        return r;
+    }
     WebPAnimDecoderOptions options;
     if (!WebPAnimDecoderOptionsInit(&options)) {
         r.error = "The WebP decoder could not be started.";

@@ -82,9 +82,17 @@ TEST(IniFile, GarbageReadsAsNothingAndIsLeftOutWhenRewritten) {
     ASSERT_TRUE(ini.setValue("options", "slide", "3000"));
     ASSERT_TRUE(ini.save(file));
     EXPECT_EQ(readFile(file), "good=1\n# kept\n\n[sec]\nk=v\nmore=2\n\n[options]\nslide=3000\n");
+}
 
-    writeFile(file, "a=1\n" + std::string(IniFile::maxFileSize, '#') + "\n");
-    EXPECT_EQ(IniFile::load(file).value("", "a"), std::nullopt) << "oversized files are junk";
+TEST(IniFile, TheLongestLegalNameSaves) {
+    TempDir dir;
+    const fs::path file = dir.path / (std::string(250, 'n') + ".conf");
+    IniFile ini;
+    ini.setValue("", "k", "v");
+    ASSERT_TRUE(ini.save(file));
+    ASSERT_TRUE(ini.save(file));
+    EXPECT_EQ(readFile(file), "k=v\n");
+    EXPECT_EQ(folderEntries(dir.path).size(), 1u);
 }
 
 TEST(IniFile, FailedSavesKeepTheOldFileAndLeaveNoTemporaries) {

@@ -13,6 +13,13 @@ using namespace imagelib;
 
 namespace {
 
+std::string errorOf(const ImageIoParams& p) {
+    std::string s;
+    for (const char16_t* c = p.errorText; *c; ++c)
+        s += static_cast<char>(*c);
+    return s;
+}
+
 struct Bmp {
     int width = 3;
     int height = 2;
@@ -167,6 +174,26 @@ TEST(ImageLibSave, RoundTripsEveryDepthAndPicksTheFormatByName) {
         std::memcpy(static_cast<std::uint8_t*>(d.dib.get()) + 24, &pels, 4);
         // All-zero parameters: the ".bmp" in the name decides.
         EXPECT_EQ(saveAndOpen(path, d.dib.get()).bytes(), d.bytes());
+    }
+}
+
+// Any legal name saves: the longest one, and bytes that are not UTF-8.
+TEST(ImageLibSave, NamesOfAnyLengthAndEncodingRoundTrip) {
+    const ScratchDir dir;
+    const DecodedPicture d = openMemory(file(paletted(8)));
+    ASSERT_TRUE(d.dib);
+    for (const std::string& name :
+         {std::string(251, 'n') + ".bmp", std::string("caf\xe9 \xff\xfe.bmp")}) {
+        SCOPED_TRACE(name.size());
+        const std::string path = dir.file(name);
+        ImageIoParams params{};
+        ASSERT_TRUE(ImageLib_Save(path.c_str(), d.dib.get(), &params)) << errorOf(params);
+        EXPECT_EQ(openFile(path).bytes(), d.bytes());
+        EXPECT_TRUE(ImageLib_Save(path.c_str(), d.dib.get(), &params)) << "and over itself";
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
+                                std::filesystem::directory_iterator()),
+                  1);
+        EXPECT_EQ(::unlink(path.c_str()), 0);
     }
 }
 

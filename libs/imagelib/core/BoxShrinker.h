@@ -9,11 +9,16 @@
 
 namespace imagelib {
 
-// Turns the strips or tiles of an 8- or 16-bit grey or RGB picture into a picture `factor`
+// Turns the rows, strips or tiles of an 8- or 16-bit grey or RGB picture into a picture `factor`
 // times smaller on each side: every output pixel is the mean of its factor x factor block of
 // samples. Only the output, one block row of column sums and the output rows a band of blocks
 // touches are held, never the whole picture.
-class TiffShrinkReader {
+// Whether the calling thread's reduced decode was asked to give up; once true, remembered
+// until the next reduced decode starts (see ImageLib_GaveUp).
+bool reducedDecodeStopped();
+void startReducedDecode();
+
+class BoxShrinker {
 public:
     struct Shape {
         std::uint32_t width = 0;
@@ -42,6 +47,11 @@ public:
                   const std::uint8_t* const* channel, std::size_t rowBytes, std::size_t step);
     // Every row above `y` has been added; output rows finished by then are written.
     void rowsDone(std::uint32_t y);
+    // One whole row y of interleaved samples (channels of them a pixel). Rows come in order
+    // from 0, and a picture is fed either by rows or by blocks, never both. The rows of an
+    // output row are summed down first and folded across once, when the last of them is in.
+    // False when the thread's stop word says to give up (see ImageLib_SetStopWord).
+    [[nodiscard]] bool addRow(std::uint32_t y, const std::uint8_t* samples);
     DibBuffer& dib() { return m_dib; }
 
 private:
@@ -55,6 +65,7 @@ private:
     std::unique_ptr<std::uint32_t[]> m_columns; // one block row's sums down each sample column
     std::size_t m_columnCount = 0;
     std::unique_ptr<std::uint32_t[]> m_sums; // m_heldRows rows of outWidth x channels sums
+    std::unique_ptr<std::uint32_t[]> m_down; // addRow: sums down each sample column
     std::uint32_t m_outWidth = 0;
     std::uint32_t m_outHeight = 0;
     std::uint32_t m_heldRows = 0;

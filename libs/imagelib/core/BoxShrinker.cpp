@@ -1,4 +1,6 @@
-#include "imagelib/tiff/TiffShrinkReader.h"
+#include "imagelib/core/BoxShrinker.h"
+
+#include "imagelib/imagelib.h"
 
 #include <algorithm>
 #include <cstring>
@@ -31,8 +33,8 @@ void addDown(std::uint32_t* __restrict sums, const std::uint8_t* __restrict row,
 
 } // namespace
 
-std::uint32_t TiffShrinkReader::factorFor(std::uint32_t width, std::uint32_t height, int boxWidth,
-                                          int boxHeight) {
+std::uint32_t BoxShrinker::factorFor(std::uint32_t width, std::uint32_t height, int boxWidth,
+                                     int boxHeight) {
     if ((boxWidth <= 0 && boxHeight <= 0) || width == 0 || height == 0)
         return 1;
     // ceil(size / k) >= 2 * box  <=>  k <= (size - 1) / (2 * box - 1)
@@ -46,7 +48,7 @@ std::uint32_t TiffShrinkReader::factorFor(std::uint32_t width, std::uint32_t hei
     return k >= 2 ? static_cast<std::uint32_t>(k) : 1;
 }
 
-bool TiffShrinkReader::start(const Shape& shape, std::string& error) {
+bool BoxShrinker::start(const Shape& shape, std::string& error) {
     m_shape = shape;
     Shape& s = m_shape;
     s.factor = std::clamp<std::uint32_t>(s.factor, 1, kMaxFactor);
@@ -69,7 +71,8 @@ bool TiffShrinkReader::start(const Shape& shape, std::string& error) {
     m_columns.reset(new (std::nothrow) std::uint32_t[m_columnCount]);
     m_sums.reset(new (std::nothrow)
                      std::uint32_t[std::size_t{m_heldRows} * m_outWidth * s.channels]());
-    if (!m_columns || !m_sums) {
+    m_down.reset(new (std::nothrow) std::uint32_t[std::size_t{s.width} * s.channels]());
+    if (!m_columns || !m_sums || !m_down) {
         m_dib = {};
         error = "There is not enough memory to open the image.";
         return false;
@@ -77,9 +80,9 @@ bool TiffShrinkReader::start(const Shape& shape, std::string& error) {
     return true;
 }
 
-void TiffShrinkReader::addBlock(std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
-                                std::uint32_t cols, const std::uint8_t* const* channel,
-                                std::size_t rowBytes, std::size_t step) {
+void BoxShrinker::addBlock(std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
+                           std::uint32_t cols, const std::uint8_t* const* channel,
+                           std::size_t rowBytes, std::size_t step) {
     if (m_shape.bitsPerSample == 16)
         addBlockOf<std::uint16_t>(y0, rows, x0, cols, channel, rowBytes, step);
     else
@@ -87,9 +90,9 @@ void TiffShrinkReader::addBlock(std::uint32_t y0, std::uint32_t rows, std::uint3
 }
 
 template <typename T>
-void TiffShrinkReader::addBlockOf(std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
-                                  std::uint32_t cols, const std::uint8_t* const* channel,
-                                  std::size_t rowBytes, std::size_t step) {
+void BoxShrinker::addBlockOf(std::uint32_t y0, std::uint32_t rows, std::uint32_t x0,
+                             std::uint32_t cols, const std::uint8_t* const* channel,
+                             std::size_t rowBytes, std::size_t step) {
     const Shape& s = m_shape;
     const int n = s.channels;
     if (rows == 0 || cols == 0 || step == 0 || x0 >= s.width || cols > s.width - x0 ||
@@ -134,7 +137,54 @@ void TiffShrinkReader::addBlockOf(std::uint32_t y0, std::uint32_t rows, std::uin
     }
 }
 
-void TiffShrinkReader::rowsDone(std::uint32_t y) {
+namespace {
+
+thread_local const std::atomic<std::int32_t>* t_stopWord = nullptr;
+thread_local std::int32_t t_stopValue = 0;
+thread_local bool t_gaveUp = false;
+
+} // namespace
+
+bool reducedDecodeStopped() {
+    if (t_stopWord && t_stopWord->load(std::memory_order_relaxed) == t_stopValue)
+        t_gaveUp = true;
+    return t_gaveUp;
+}
+
+void startReducedDecode() {
+    t_gaveUp = false;
+}
+
+bool BoxShrinker::addRow(std::uint32_t y, const std::uint8_t* samples) {
+    const Shape& s = m_shape;
+    // Checked every output row: often enough to stop within milliseconds, rarely enough
+    // to cost nothing.
+    if (y % s.factor == 0 && reducedDecodeStopped())
+        return false;
+    if (y >= s.height || y / s.factor != m_firstHeld)
+        return true; // rows out of order are ignored, as blocks are
+    const std::size_t count = std::size_t{s.width} * s.channels;
+    std::uint32_t* down = m_down.get();
+    if (s.bitsPerSample == 16)
+        addDown<std::uint16_t>(down, samples, count);
+    else
+        addDown<std::uint8_t>(down, samples, count);
+    if ((y + 1) % s.factor != 0 && y + 1 != s.height)
+        return true;
+    std::uint32_t* sums = m_sums.get();
+    const int n = s.channels;
+    for (std::uint32_t out = 0, x = 0; out < m_outWidth; ++out) {
+        const std::uint32_t stop = std::min(s.width, x + s.factor);
+        for (; x < stop; ++x)
+            for (int c = 0; c < n; ++c)
+                sums[std::size_t{out} * n + c] += down[std::size_t{x} * n + c];
+    }
+    std::fill(down, down + count, 0u);
+    rowsDone(y + 1);
+    return true;
+}
+
+void BoxShrinker::rowsDone(std::uint32_t y) {
     std::uint32_t done = y >= m_shape.height ? m_outHeight : y / m_shape.factor;
     done = std::min(done, m_firstHeld + m_heldRows);
     if (done <= m_firstHeld)
@@ -150,7 +200,7 @@ void TiffShrinkReader::rowsDone(std::uint32_t y) {
     m_firstHeld = done;
 }
 
-void TiffShrinkReader::emit(std::uint32_t outRow, const std::uint32_t* sums) {
+void BoxShrinker::emit(std::uint32_t outRow, const std::uint32_t* sums) {
     const Shape& s = m_shape;
     const std::uint64_t max = s.bitsPerSample == 16 ? 65535 : 255;
     const std::uint32_t rows = std::min(s.factor, s.height - outRow * s.factor);
@@ -173,3 +223,13 @@ void TiffShrinkReader::emit(std::uint32_t outRow, const std::uint32_t* sums) {
 }
 
 } // namespace imagelib
+
+extern "C" void ImageLib_SetStopWord(const std::atomic<std::int32_t>* word,
+                                     std::int32_t stopValue) {
+    imagelib::t_stopWord = word;
+    imagelib::t_stopValue = stopValue;
+}
+
+extern "C" int ImageLib_GaveUp() {
+    return imagelib::t_gaveUp ? 1 : 0;
+}
