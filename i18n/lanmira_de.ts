@@ -669,11 +669,11 @@ Mit der Übernahme fortfahren?</translation>
     </message>
     <message>
         <source>32772</source>
-        <translation>&amp;Löschen	[Shift+]Delete</translation>
+        <translation>&amp;Löschen&#9;[Shift+]Delete</translation>
     </message>
     <message>
         <source>32784</source>
-        <translation>&amp;Alles auswählen	Ctrl+A</translation>
+        <translation>&amp;Alles auswählen&#9;Ctrl+A</translation>
     </message>
     <message>
         <source>32874</source>
@@ -721,7 +721,7 @@ Mit der Übernahme fortfahren?</translation>
     </message>
     <message>
         <source>32773</source>
-        <translation>&amp;Aktualisieren	F5</translation>
+        <translation>&amp;Aktualisieren&#9;F5</translation>
     </message>
     <message>
         <source>32873</source>
@@ -1181,10 +1181,6 @@ Mit der Übernahme fortfahren?</translation>
     <message>
         <source>0</source>
         <translation>Belichtungszeit</translation>
-    <name>IDD_IMAGEFMT</name>
-    <message>
-        <source>0</source>
-        <translation>Dateiformate</translation>
     </message>
     <message>
         <source>1</source>
@@ -1325,6 +1321,21 @@ Mit der Übernahme fortfahren?</translation>
     <message>
         <source>1105</source>
         <translation>Automatisch</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_IMAGEFMT</name>
+    <message>
+        <source>0</source>
+        <translation>Dateiformate</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Abbrechen</translation>
     </message>
     <message>
         <source>1048</source>

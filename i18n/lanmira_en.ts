@@ -669,11 +669,11 @@ Continue with Acquire?</translation>
     </message>
     <message>
         <source>32772</source>
-        <translation>&amp;Delete	[Shift+]Delete</translation>
+        <translation>&amp;Delete&#9;[Shift+]Delete</translation>
     </message>
     <message>
         <source>32784</source>
-        <translation>Select &amp;All	Ctrl+A</translation>
+        <translation>Select &amp;All&#9;Ctrl+A</translation>
     </message>
     <message>
         <source>32874</source>
@@ -721,7 +721,7 @@ Continue with Acquire?</translation>
     </message>
     <message>
         <source>32773</source>
-        <translation>&amp;Refresh	F5</translation>
+        <translation>&amp;Refresh&#9;F5</translation>
     </message>
     <message>
         <source>32873</source>
@@ -1181,10 +1181,6 @@ Continue with Acquire?</translation>
     <message>
         <source>0</source>
         <translation>Exposure Time</translation>
-    <name>IDD_IMAGEFMT</name>
-    <message>
-        <source>0</source>
-        <translation>File Formats</translation>
     </message>
     <message>
         <source>1</source>
@@ -1325,6 +1321,21 @@ Continue with Acquire?</translation>
     <message>
         <source>1105</source>
         <translation>Auto</translation>
+    </message>
+</context>
+<context>
+    <name>IDD_IMAGEFMT</name>
+    <message>
+        <source>0</source>
+        <translation>File Formats</translation>
+    </message>
+    <message>
+        <source>1</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>2</source>
+        <translation>Cancel</translation>
     </message>
     <message>
         <source>1048</source>

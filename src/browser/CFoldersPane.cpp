@@ -81,19 +81,6 @@ QString CFoldersPane::selectedFolder() const {
     return m_shown;
 }
 
-bool CFoldersPane::eventFilter(QObject* watched, QEvent* event) {
-    switch (event->type()) {
-    case QEvent::MouseButtonPress:
-    case QEvent::Wheel:
-    case QEvent::KeyPress:
-        m_follow = false;
-        break;
-    default:
-        break;
-    }
-    return QDockWidget::eventFilter(watched, event);
-}
-
 void CFoldersPane::customEvent(QEvent* event) {
     PostedMessage* m = PostedMessage::from(event);
     if (m && m->message() == msg::FOLDERS_PANE_CREATED) {
@@ -119,6 +106,16 @@ QString CFoldersPane::folderAt(const QPoint& pos) const {
 }
 
 bool CFoldersPane::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::Wheel:
+    case QEvent::KeyPress:
+        // The user took over: the start folder is no longer kept in view.
+        m_follow = false;
+        break;
+    default:
+        break;
+    }
     if (watched != m_tree->viewport())
         return QDockWidget::eventFilter(watched, event);
     switch (event->type()) {
