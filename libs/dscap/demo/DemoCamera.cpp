@@ -16,7 +16,6 @@
 #include <map>
 #include <mutex>
 #include <numbers>
-#include <optional>
 #include <system_error>
 #include <thread>
 #include <tuple>
@@ -136,22 +135,23 @@ public:
 
 private:
     std::int64_t framePeriodNs() const;
-    // The slide once its thread has rendered it, waiting at most timeoutNs (negative: as long
-    // as it takes); nullptr when it is not there yet.
+    // The slide, with the sensor's noise, once its thread has prepared them, waiting at most
+    // timeoutNs (negative: as long as it takes); nullptr when they are not there yet.
     const Slide* slide(std::int64_t timeoutNs);
     void updateLamp();
     const SlideTexture& texture(int factor, bool skip);
     void render(std::int64_t timestampNs, std::uint8_t* out);
 
     const DemoOptions options_;
-    std::optional<SensorModel> sensor_;  // made by the first read: its noise takes a while
-    std::array<double, 3> lampColour_{}; // B, G, R of the bare lamp, or the grey weights
+    std::unique_ptr<SensorModel> sensor_; // the reading thread's, from prepared_
+    std::array<double, 3> lampColour_{};  // B, G, R of the bare lamp, or the grey weights
     std::array<double, 3> lamp_{};
     const std::int64_t openNs_;
 
-    std::mutex slideMutex_; // guards rendered_
+    std::mutex slideMutex_; // guards rendered_ and prepared_
     std::condition_variable slideReady_;
     std::shared_ptr<const Slide> rendered_;
+    std::unique_ptr<SensorModel> prepared_; // its noise takes a while to draw too
     std::atomic<bool> cancelRender_{false};
     std::thread renderer_;
     std::shared_ptr<const Slide> slide_; // the reading thread's copy of rendered_
@@ -201,20 +201,25 @@ DemoCamera::DemoCamera(const DemoOptions& options)
     settings_.speed = kMaxSpeed;
 
     const SlideCache::Key key{options.seed, options.colour};
-    if ((rendered_ = SlideCache::find(key)))
-        return;
-    try {
-        renderer_ = std::thread([this, slide, key] {
-            std::shared_ptr<const Slide> done = SlideRenderer(slide).render(&cancelRender_);
+    const std::uint32_t noiseSeed = options.seed * 2654435761u + 1;
+    auto prepare = [this, slide, key, noiseSeed] {
+        auto sensor = std::make_unique<SensorModel>(noiseSeed, kSensorWidth);
+        std::shared_ptr<const Slide> done = SlideCache::find(key);
+        if (!done) {
+            done = SlideRenderer(slide).render(&cancelRender_);
             if (!done)
                 return;
             SlideCache::keep(key, done);
-            std::lock_guard lock(slideMutex_);
-            rendered_ = std::move(done);
-            slideReady_.notify_all();
-        });
+        }
+        std::lock_guard lock(slideMutex_);
+        rendered_ = std::move(done);
+        prepared_ = std::move(sensor);
+        slideReady_.notify_all();
+    };
+    try {
+        renderer_ = std::thread(prepare);
     } catch (const std::system_error&) {
-        rendered_ = SlideRenderer(slide).render(); // no thread to be had: the slow way
+        prepare(); // no thread to be had: the slow way
     }
 }
 
@@ -233,6 +238,7 @@ const Slide* DemoCamera::slide(std::int64_t timeoutNs) {
             slideReady_.wait_for(lock, std::chrono::nanoseconds(timeoutNs),
                                  [&] { return rendered_ != nullptr; });
         slide_ = rendered_;
+        sensor_ = std::move(prepared_);
     }
     return slide_.get();
 }
@@ -433,8 +439,6 @@ void DemoCamera::render(std::int64_t timestampNs, std::uint8_t* out) {
     e.lineTimeS = 1.0 / kFrameRates[resolution_][kMaxSpeed] / r.height;
     e.noiseDivisor = skip ? 1 : factor;
     e.startNs = timestampNs;
-    if (!sensor_)
-        sensor_.emplace(options_.seed * 2654435761u + 1, kSensorWidth);
     sensor_->expose(texture(factor, skip), dx / factor, dy / factor, r.width, r.height, e, out,
                     r.width * 3);
 }
