@@ -116,7 +116,11 @@ bool CameraSettings::save(const std::string& cameraId, const ControlValues& v) c
     if (file_.empty())
         return false;
     std::lock_guard lock(fileMutex());
-    IniFile ini = IniFile::load(file_);
+    // A file that is there but cannot be read is the user's: never written over.
+    std::optional<IniFile> read = IniFile::read(file_);
+    if (!read)
+        return false;
+    IniFile& ini = *read;
     const std::string section = sectionFor(cameraId);
     ControlValues copy = v;
     visitFields(copy, [&](const char* key, auto& field, long long, long long) {

@@ -1,10 +1,13 @@
 // The capture library driven through its API the way the camera windows drive it.
 #include "FakeV4l2System.h"
 #include "dscap/ICameraControl.h"
+#include "dscap/core/CameraSettings.h"
 #include "dscap/core/DemoProvider.h"
 #include "dscap/core/Library.h"
 #include "dscap/dscap.h"
 #include "dscap/v4l2/V4l2Provider.h"
+
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
@@ -967,3 +970,28 @@ TEST_F(DscapApiTest, DemoCameraHasItsOwnControlsOnItsPropertyDialog) {
 }
 
 } // namespace
+
+// A settings file that is there but cannot be read (here a pipe, and a file far too large
+// to be settings) belongs to the user: saving a camera's values never replaces it.
+TEST(CameraSettingsFile, UnreadableFileIsNeverReplaced) {
+    const std::filesystem::path home =
+        std::filesystem::temp_directory_path() / ("dscap-settings-" + std::to_string(getpid()));
+    std::filesystem::remove_all(home);
+    dscap::CameraSettings settings(home, "Vornalt", "Lanmira");
+    std::filesystem::create_directories(settings.file().parent_path());
+    ASSERT_EQ(mkfifo(settings.file().c_str(), 0600), 0);
+    EXPECT_FALSE(settings.save("demo:colour", dscap::ControlValues{}));
+    EXPECT_TRUE(std::filesystem::is_fifo(settings.file()));
+
+    std::filesystem::remove(settings.file());
+    {
+        std::ofstream big(settings.file(), std::ios::binary);
+        big << "[mine]\nkept=1\n";
+        big.seekp(static_cast<std::streamoff>(65) << 20);
+        big << '\n';
+    }
+    const auto size = std::filesystem::file_size(settings.file());
+    EXPECT_FALSE(settings.save("demo:colour", dscap::ControlValues{}));
+    EXPECT_EQ(std::filesystem::file_size(settings.file()), size);
+    std::filesystem::remove_all(home);
+}
