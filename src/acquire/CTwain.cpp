@@ -362,7 +362,10 @@ void CTwain::TransferMemory() {
         ReturnToState(State::SourceEnabled);
         return;
     }
-    const auto height = static_cast<std::uint32_t>(std::max<TW_INT32>(m_imageInfo.ImageLength, 0));
+    // The records are packed as the standard lays them out: read fields by value, never bind
+    // a reference to one.
+    const TW_INT32 length = m_imageInfo.ImageLength;
+    const auto height = static_cast<std::uint32_t>(std::max<TW_INT32>(length, 0));
     std::uint32_t rows = 0;
     bool complete = false;
     for (;;) {
@@ -374,7 +377,8 @@ void CTwain::TransferMemory() {
         setState(State::Transferring);
         if (rc == TWRC_CANCEL)
             break;
-        strip.Rows = std::min(strip.Rows, height - rows);
+        const TW_UINT32 delivered = strip.Rows;
+        strip.Rows = std::min<TW_UINT32>(delivered, height - rows);
         if (strip.Rows > 0 && !OnMemoryStrip(rows, strip))
             break;
         rows += strip.Rows;

@@ -2,16 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <vector>
 
 using namespace twaindsm;
 
 namespace {
 
+// At most `size` bytes of the written block: never more than it holds.
 std::vector<std::uint8_t> bytesOf(const CapContainer& c, std::size_t size) {
     void* block = c.write();
+    size = std::min(size, malloc_usable_size(block));
     std::vector<std::uint8_t> out(static_cast<std::uint8_t*>(block),
                                   static_cast<std::uint8_t*>(block) + size);
     std::free(block);

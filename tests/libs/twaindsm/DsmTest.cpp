@@ -265,10 +265,12 @@ TEST(SaneSource, MemoryTransferInStrips) {
                     buffer.data()};
         rc = t.dsm(DG_IMAGE, DAT_IMAGEMEMXFER, MSG_GET, &x);
         ASSERT_TRUE(rc == TWRC_SUCCESS || rc == TWRC_XFERDONE);
-        EXPECT_EQ(x.YOffset, rows);
-        EXPECT_EQ(x.BytesPerRow, rowBytes);
-        EXPECT_LE(x.Rows, 7u);
-        rows += x.Rows;
+        // Packed fields are copied out before the checks take references to them.
+        const TW_UINT32 yOffset = x.YOffset, bytesPerRow = x.BytesPerRow, stripRows = x.Rows;
+        EXPECT_EQ(yOffset, rows);
+        EXPECT_EQ(bytesPerRow, rowBytes);
+        EXPECT_LE(stripRows, 7u);
+        rows += stripRows;
         ++strips;
     }
     EXPECT_EQ(rows, height);
