@@ -109,7 +109,7 @@ protected:
         return *m_frame;
     }
 
-    bool waitForFrames(int painted, int timeoutMs = 8000) {
+    bool waitForFrames(int painted, int timeoutMs = 20000) {
         const quint64 start = m_frame->view()->paintedFrames();
         return QTest::qWaitFor([&] { return m_frame->view()->paintedFrames() >= start + painted; },
                                timeoutMs);
