@@ -745,7 +745,7 @@ Mit der Übernahme fortfahren?</translation>
     </message>
     <message>
         <source>32868</source>
-        <translation>&amp;Ausschneiden&#9;Ctrl+X</translation>
+        <translation>Aus&amp;schneiden&#9;Ctrl+X</translation>
     </message>
     <message>
         <source>32866</source>

@@ -761,7 +761,7 @@ Continue with Acquire?</translation>
     </message>
     <message>
         <source>32865</source>
-        <translation>MultiPage &amp;Tiff...</translation>
+        <translation>&amp;MultiPage Tiff...</translation>
     </message>
     <message>
         <source>32895</source>
