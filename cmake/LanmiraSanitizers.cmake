@@ -6,5 +6,6 @@ if(LANMIRA_SANITIZE)
     add_link_options(-fsanitize=${_lanmira_sanitizers})
     set(LANMIRA_SANITIZER_TEST_ENV
         "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp"
-        "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1")
+        "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
+        "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
 endif()

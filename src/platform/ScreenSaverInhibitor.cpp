@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
+#include <QFileInfo>
 #include <QVariantMap>
 
 #include <utility>
@@ -67,6 +68,19 @@ ScreenSaverInhibitor::~ScreenSaverInhibitor() {
     }
 }
 
+namespace {
+
+// The session bus a desktop session offers: its address in the environment, or the user
+// bus at its usual place.
+bool sessionBusAdvertised() {
+    if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+        return true;
+    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+    return !runtime.isEmpty() && QFileInfo::exists(QString::fromLocal8Bit(runtime) + u"/bus");
+}
+
+} // namespace
+
 void ScreenSaverInhibitor::setInhibited(bool on, const QString& reason) {
     if (on == m_wanted)
         return;
@@ -101,6 +115,12 @@ void ScreenSaverInhibitor::setState(State state, Backend backend) {
 }
 
 void ScreenSaverInhibitor::start() {
+    if (!m_bus && !sessionBusAdvertised()) {
+        // Asking for the bus would start D-Bus's own thread, or even launch a bus, for
+        // nothing: without an address there is no desktop to ask.
+        setState(State::Unavailable, Backend::None);
+        return;
+    }
     if (!m_bus)
         m_bus = QDBusConnection::sessionBus();
     if (!m_bus->isConnected()) {

@@ -98,6 +98,9 @@ protected:
 
     void TearDown() override {
         delete m_frame.data();
+        // Cameras are released and recordings finished in the background: let them end
+        // before the scratch folders go.
+        dscap::Library::instance().waitForBackgroundWork();
         dscap::Library::instance().setProviders({});
     }
 
