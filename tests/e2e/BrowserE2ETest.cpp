@@ -16,6 +16,8 @@
 #include <functional>
 
 using lanmira::e2e::LanmiraRun;
+using lanmira::e2e::runTool;
+using lanmira::e2e::waitFor;
 using lanmira::e2e::writeBmp;
 
 namespace {
@@ -29,17 +31,6 @@ int filesUnder(const QString& folder) {
          it.hasNext(); it.next())
         ++n;
     return n;
-}
-
-bool waitFor(const std::function<bool()>& done, int timeoutMs) {
-    QElapsedTimer t;
-    t.start();
-    while (!done()) {
-        if (t.elapsed() > timeoutMs)
-            return false;
-        QThread::msleep(100);
-    }
-    return true;
 }
 
 // Focuses the grid by clicking its empty lower right corner, then sends the keys.

@@ -17,30 +17,13 @@
 
 using lanmira::e2e::askToClose;
 using lanmira::e2e::LanmiraRun;
+using lanmira::e2e::runTool;
+using lanmira::e2e::waitFor;
 
 namespace {
 
 const QString kBrowser = QStringLiteral("^Lanmira$");
 const QString kCamera = QStringLiteral("^Demo Microscope Camera$");
-
-bool waitFor(const std::function<bool()>& done, int timeoutMs) {
-    QElapsedTimer t;
-    t.start();
-    while (!done()) {
-        if (t.elapsed() > timeoutMs)
-            return false;
-        QThread::msleep(150);
-    }
-    return true;
-}
-
-QByteArray runTool(const QString& tool, const QStringList& args) {
-    QProcess p;
-    p.start(tool, args);
-    if (!p.waitForFinished(20000))
-        return {};
-    return p.readAllStandardOutput();
-}
 
 class CameraE2E : public testing::Test {
 protected:

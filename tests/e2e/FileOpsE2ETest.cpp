@@ -21,6 +21,8 @@
 #include <functional>
 
 using lanmira::e2e::LanmiraRun;
+using lanmira::e2e::runTool;
+using lanmira::e2e::waitFor;
 using lanmira::e2e::writeBmp;
 
 namespace {
@@ -28,25 +30,6 @@ namespace {
 const QString kMainWindow = QStringLiteral("^Lanmira$");
 const QString kGnomeFiles = QStringLiteral("x-special/gnome-copied-files");
 constexpr int kStartMs = 30000;
-
-bool waitFor(const std::function<bool()>& done, int timeoutMs) {
-    QElapsedTimer t;
-    t.start();
-    while (!done()) {
-        if (t.elapsed() > timeoutMs)
-            return false;
-        QThread::msleep(150);
-    }
-    return true;
-}
-
-QByteArray runTool(const QString& tool, const QStringList& args) {
-    QProcess p;
-    p.start(tool, args);
-    if (!p.waitForFinished(10000))
-        return {};
-    return p.exitCode() == 0 ? p.readAllStandardOutput() : QByteArray();
-}
 
 QByteArray clipboardFiles() {
     return runTool(QStringLiteral("xclip"),

@@ -190,4 +190,30 @@ bool LanmiraRun::xdotool(const QStringList& args) {
     return p.waitForFinished(10000) && p.exitCode() == 0;
 }
 
+bool waitFor(const std::function<bool()>& done, int timeoutMs) {
+    QElapsedTimer t;
+    t.start();
+    while (!done()) {
+        if (t.elapsed() > timeoutMs)
+            return false;
+        QThread::msleep(150);
+    }
+    return true;
+}
+
+QByteArray runTool(const QString& program, const QStringList& args, const QByteArray& input) {
+    QProcess p;
+    p.start(program, args);
+    if (!input.isEmpty()) {
+        p.write(input);
+        p.closeWriteChannel();
+    }
+    if (!p.waitForFinished(20000)) {
+        p.kill();
+        p.waitForFinished();
+        return {};
+    }
+    return p.exitCode() == 0 ? p.readAllStandardOutput() : QByteArray();
+}
+
 } // namespace lanmira::e2e

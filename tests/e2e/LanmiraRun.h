@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -68,5 +69,11 @@ private:
     QProcessEnvironment m_env;
     std::unique_ptr<QProcess> m_process;
 };
+
+// Polls `done` every 150 ms until it holds; false when `timeoutMs` passed first.
+bool waitFor(const std::function<bool()>& done, int timeoutMs);
+// Runs a tool to its end with `input` on its standard input; its standard output, or
+// nothing when it failed or took over 20 s.
+QByteArray runTool(const QString& program, const QStringList& args, const QByteArray& input = {});
 
 } // namespace lanmira::e2e

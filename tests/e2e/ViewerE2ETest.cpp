@@ -16,6 +16,8 @@
 #include <functional>
 
 using lanmira::e2e::LanmiraRun;
+using lanmira::e2e::runTool;
+using lanmira::e2e::waitFor;
 
 namespace {
 
@@ -72,36 +74,10 @@ QByteArray decoded(const QString& path, int page = 0) {
         lanmira::dibFromImageLib(ImageLib_Open(QFile::encodeName(path).constData(), &params)));
 }
 
-QByteArray runTool(const QString& program, const QStringList& args, const QByteArray& input = {}) {
-    QProcess p;
-    p.start(program, args);
-    if (!input.isEmpty()) {
-        p.write(input);
-        p.closeWriteChannel();
-    }
-    if (!p.waitForFinished(5000)) {
-        p.kill();
-        p.waitForFinished();
-        return {};
-    }
-    return p.readAllStandardOutput();
-}
-
 QByteArray clipboardBmp() {
     return runTool(QStringLiteral("xclip"),
                    {QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-o"),
                     QStringLiteral("-t"), QStringLiteral("image/bmp")});
-}
-
-bool waitFor(const std::function<bool()>& done, int timeoutMs) {
-    QElapsedTimer t;
-    t.start();
-    while (!done()) {
-        if (t.elapsed() > timeoutMs)
-            return false;
-        QThread::msleep(150);
-    }
-    return true;
 }
 
 class ViewerE2E : public testing::Test {
