@@ -7,7 +7,6 @@
 #include "acquire/NativeImage.h"
 #include "acquire/TwainManagerLibrary.h"
 #include "acquire/TwainSettings.h"
-#include "browser/ScanSaver.h"
 #include "camera/frame/CaptureWriter.h"
 #include "imagelib/imagelib.h"
 
@@ -60,7 +59,7 @@ QApplication& app() {
 // What the browser frame does with a scan, without the rest of the frame.
 class Scanner final : public CTwain {
 public:
-    ScanSaver saver;
+    CaptureWriter saver;
     CaptureFormat format;
     int counter = 0;
     bool saved = false;
@@ -70,8 +69,8 @@ public:
         format.title = QString::fromStdString((scratch() / "out" / "Lanmira").string());
         format.extension = QStringLiteral("jpg");
         format.format = IMAGELIB_FMT_JPEG;
-        QObject::connect(saver.writer(), &CaptureWriter::saved, [this] { saved = true; });
-        QObject::connect(saver.writer(), &CaptureWriter::failed, [this] { saved = true; });
+        QObject::connect(&saver, &CaptureWriter::saved, [this] { saved = true; });
+        QObject::connect(&saver, &CaptureWriter::failed, [this] { saved = true; });
     }
 
 protected:
@@ -81,7 +80,7 @@ protected:
                SetCapability(ICAP_XRESOLUTION, TWTY_FIX32, twainFixedValue(300));
     }
     void OnNativeImage(TW_HANDLE handle) override {
-        saver.save(dibFromNativeHandle(handle), format, counter);
+        saver.saveNext(dibFromNativeHandle(handle), format, counter, true);
     }
 
     void OnCloseRequest() override { ReturnToState(returnState()); }

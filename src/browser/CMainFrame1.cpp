@@ -4,7 +4,6 @@
 #include "browser/BrowserList.h"
 #include "browser/CFoldersPane.h"
 #include "browser/CView1.h"
-#include "browser/ScanSaver.h"
 #include "browser/fileops/DropRequest.h"
 #include "camera/frame/CaptureWriter.h"
 #include "camera/frame/VideoFrameHost.h"
@@ -62,7 +61,7 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
       m_view(new CView1(start.company, start.app, start.programFolder, this)),
       m_folders(new CFoldersPane(start.folder, this)), m_position(new QLabel(this)),
       m_name(new QLabel(this)), m_image(new QLabel(this)),
-      m_capture(dynamic_cast<VideoFrameHost*>(&host)), m_saver(new ScanSaver(this)) {
+      m_capture(dynamic_cast<VideoFrameHost*>(&host)), m_saver(new CaptureWriter(this)) {
     setWindowTitle(i18n_stringW("ids_lanmira_browser_title"));
     m_view->setObjectName(QStringLiteral("browserView"));
     setCentralWidget(m_view);
@@ -103,8 +102,8 @@ CMainFrame1::CMainFrame1(FrameHost& host, const Start& start)
         m_twain = TwainSettings::read([this](const char* key, int def) {
             return m_capture->readSetting(QStringLiteral("Twain"), QString::fromLatin1(key), def);
         });
-    connect(m_saver->writer(), &CaptureWriter::saved, this, &CMainFrame1::acquired);
-    connect(m_saver->writer(), &CaptureWriter::failed, this, &CMainFrame1::saveFailed);
+    connect(m_saver, &CaptureWriter::saved, this, &CMainFrame1::acquired);
+    connect(m_saver, &CaptureWriter::failed, this, &CMainFrame1::saveFailed);
 
     m_view->startBrowser();
     m_view->setFocus();
@@ -166,8 +165,8 @@ void CMainFrame1::OnCloseRequest() {
 void CMainFrame1::OnNativeImage(TW_HANDLE handle) {
     PackedDib picture = dibFromNativeHandle(handle);
     if (m_capture)
-        m_saver->save(std::move(picture), m_capture->captureSettings(),
-                      m_capture->captureCounter());
+        m_saver->saveNext(std::move(picture), m_capture->captureSettings(),
+                          m_capture->captureCounter(), true);
 }
 
 void CMainFrame1::OnError(int) {

@@ -14,7 +14,7 @@ class QToolBar;
 
 namespace lanmira {
 
-class ScanSaver;
+class CaptureWriter;
 class CFoldersPane;
 class CView1;
 class VideoFrameHost;
@@ -84,7 +84,7 @@ private:
     QLabel* m_image;
     // The application's capture naming and settings; null without one (tests).
     VideoFrameHost* m_capture;
-    ScanSaver* m_saver;
+    CaptureWriter* m_saver;
     TwainSettings m_twain;
 };
 

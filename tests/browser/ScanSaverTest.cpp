@@ -1,8 +1,6 @@
 // Scanned pages under the capture names: never over an existing file, and a page that
 // cannot be written leaves nothing under its name.
 
-#include "browser/ScanSaver.h"
-
 #include "camera/frame/CaptureWriter.h"
 #include "imagelib/imagelib.h"
 
@@ -37,11 +35,10 @@ struct Outcome {
     QStringList saved, failed;
 };
 
-Outcome waitFor(ScanSaver& saver, int count) {
+Outcome waitFor(CaptureWriter& saver, int count) {
     Outcome o;
-    QObject::connect(saver.writer(), &CaptureWriter::saved,
-                     [&o](const QString& p) { o.saved << p; });
-    QObject::connect(saver.writer(), &CaptureWriter::failed,
+    QObject::connect(&saver, &CaptureWriter::saved, [&o](const QString& p) { o.saved << p; });
+    QObject::connect(&saver, &CaptureWriter::failed,
                      [&o](const QString& p, const QString&) { o.failed << p; });
     QElapsedTimer timer;
     timer.start();
@@ -55,11 +52,11 @@ TEST(ScanSaver, TakesTheNextFreeNameAndCountsOn) {
     QFile(dir.filePath(QStringLiteral("Lanmira0000.jpg"))).open(QIODevice::WriteOnly);
     CaptureFormat format{
         dir.filePath(QStringLiteral("Lanmira")), QStringLiteral("jpg"), IMAGELIB_FMT_JPEG, {0, 0}};
-    ScanSaver saver;
+    CaptureWriter saver;
     int counter = 0;
-    const QString first = saver.save(greyPage(), format, counter);
+    const QString first = saver.saveNext(greyPage(), format, counter, true);
     // Two pages in quick succession: the first is still being written, its name is taken.
-    const QString second = saver.save(greyPage(), format, counter);
+    const QString second = saver.saveNext(greyPage(), format, counter, true);
     EXPECT_TRUE(first.endsWith(QStringLiteral("Lanmira0001.jpg")));
     EXPECT_TRUE(second.endsWith(QStringLiteral("Lanmira0002.jpg")));
     EXPECT_EQ(counter, 3);
@@ -74,14 +71,14 @@ TEST(ScanSaver, AFailedSaveLeavesNoFile) {
                          QStringLiteral("jpg"),
                          IMAGELIB_FMT_JPEG,
                          {0, 0}};
-    ScanSaver saver;
+    CaptureWriter saver;
     int counter = 0;
-    const QString name = saver.save(greyPage(), format, counter);
+    const QString name = saver.saveNext(greyPage(), format, counter, true);
     const Outcome o = waitFor(saver, 1);
     EXPECT_EQ(o.failed, QStringList{name});
     EXPECT_FALSE(QFile::exists(name));
     // An empty page is not named at all.
-    EXPECT_TRUE(saver.save(PackedDib(), format, counter).isEmpty());
+    EXPECT_TRUE(saver.saveNext(PackedDib(), format, counter, true).isEmpty());
     EXPECT_EQ(counter, 1);
 }
 

@@ -3,7 +3,6 @@
 #include "acquire/ClipboardImage.h"
 #include "camera/CameraPaneLink.h"
 #include "camera/dialogs/CAutoDlg.h"
-#include "camera/frame/CaptureNamer.h"
 #include "camera/frame/CaptureWriter.h"
 #include "camera/frame/VideoFrameHost.h"
 #include "camera/pane/CCameraPane.h"
@@ -240,19 +239,7 @@ void CVideoFrame::showError(const QString& text) {
 }
 
 void CVideoFrame::captureFrame() {
-    PackedDib picture = m_session.grab();
-    if (!picture)
-        return;
-    const CaptureFormat format = m_host.captureSettings();
-    int& counter = m_host.captureCounter();
-    const auto exists = [this](const QString& path) {
-        return m_writer->isPending(path) || QFileInfo::exists(path);
-    };
-    const auto name = CaptureNamer::next(format.title, counter, format.extension, true, exists);
-    if (!name)
-        return;
-    m_writer->save(std::move(picture), *name, format);
-    ++counter;
+    m_writer->saveNext(m_session.grab(), m_host.captureSettings(), m_host.captureCounter(), true);
 }
 
 void CVideoFrame::captureToClipboard() {
@@ -301,17 +288,9 @@ void CVideoFrame::autoCaptureTick() {
         stopAutoCapture();
         return;
     }
-    const CaptureFormat format = m_host.captureSettings();
-    int& counter = m_host.captureCounter();
-    const auto exists = [this](const QString& path) {
-        return m_writer->isPending(path) || QFileInfo::exists(path);
-    };
     // A tick never moves the counter past a file that is there: it saves nothing instead.
-    const auto name = CaptureNamer::next(format.title, counter, format.extension, false, exists);
-    if (!name)
-        return;
-    m_writer->save(std::move(picture), *name, format);
-    ++counter;
+    m_writer->saveNext(std::move(picture), m_host.captureSettings(), m_host.captureCounter(),
+                       false);
 }
 
 void CVideoFrame::saveFailed(const QString& path, const QString& error) {

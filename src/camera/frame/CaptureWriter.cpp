@@ -1,9 +1,11 @@
 #include "camera/frame/CaptureWriter.h"
 
+#include "camera/frame/CaptureNamer.h"
 #include "imagelib/imagelib.h"
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QMetaObject>
 #include <QPointer>
 #include <QThreadPool>
@@ -44,6 +46,21 @@ void CaptureWriter::save(PackedDib picture, const QString& path, const CaptureFo
             },
             Qt::QueuedConnection);
     });
+}
+
+QString CaptureWriter::saveNext(PackedDib picture, const CaptureFormat& format, int& counter,
+                                bool advance) {
+    if (!picture)
+        return {};
+    const auto taken = [this](const QString& path) {
+        return isPending(path) || QFileInfo::exists(path);
+    };
+    const auto name = CaptureNamer::next(format.title, counter, format.extension, advance, taken);
+    if (!name)
+        return {};
+    save(std::move(picture), *name, format);
+    ++counter;
+    return *name;
 }
 
 void CaptureWriter::finish(const QString& path, bool ok, const QString& error) {
