@@ -1,6 +1,7 @@
 #include "platform/NumberDialog.h"
 
 #include "i18n/i18n.h"
+#include "platform/DialogButtons.h"
 #include "platform/TextFormat.h"
 
 #include <QDialogButtonBox>
@@ -14,11 +15,6 @@
 #include <algorithm>
 
 namespace lanmira {
-namespace {
-constexpr int kOk = 1;
-constexpr int kCancel = 2;
-} // namespace
-
 NumberDialog::NumberDialog(const Fields& fields, int value, QWidget* parent)
     : QDialog(parent), m_fields(fields), m_edit(new QSpinBox(this)) {
     m_edit->setProperty("i18nId", fields.editId);
@@ -32,11 +28,7 @@ NumberDialog::NumberDialog(const Fields& fields, int value, QWidget* parent)
     auto* form = new QFormLayout;
     form->addRow(label, m_edit);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setProperty("i18nId", kOk);
-    buttons->button(QDialogButtonBox::Cancel)->setProperty("i18nId", kCancel);
-    connect(buttons, &QDialogButtonBox::accepted, this, &NumberDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &NumberDialog::reject);
+    auto* buttons = makeOkCancelButtons(this);
 
     auto* top = new QVBoxLayout(this);
     top->addLayout(form);

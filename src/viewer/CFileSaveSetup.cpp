@@ -2,6 +2,7 @@
 
 #include "i18n/i18n.h"
 #include "platform/CImageOptionsDlg.h"
+#include "platform/DialogButtons.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -72,11 +73,7 @@ CFileSaveSetup::CFileSaveSetup(const QStringList& extensions, const QString& tit
     form->addRow(titleLabel, m_title);
     form->addRow(extensionLabel, extensionRow);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setProperty("i18nId", kOk);
-    buttons->button(QDialogButtonBox::Cancel)->setProperty("i18nId", kCancel);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* buttons = makeOkCancelButtons(this);
     connect(m_extension, &QComboBox::currentIndexChanged, this, &CFileSaveSetup::extensionChanged);
     connect(m_option, &QPushButton::clicked, this, &CFileSaveSetup::runOptions);
 

@@ -1,6 +1,7 @@
 #include "viewer/CFmtDlg.h"
 
 #include "i18n/i18n.h"
+#include "platform/DialogButtons.h"
 #include "viewer/CFmtListCtrl.h"
 
 #include <QDialogButtonBox>
@@ -32,16 +33,12 @@ CFmtDlg::CFmtDlg(const QString& appName, const FormatListLogic::Words& words, QW
     setObjectName(QStringLiteral("CFmtDlg"));
     m_list->setProperty("controlId", kList);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    auto* buttons = makeOkCancelButtons(this);
     QPushButton* byDefault = buttons->addButton(QString(), QDialogButtonBox::ResetRole);
     byDefault->setObjectName(QStringLiteral("default"));
     byDefault->setProperty("i18nId", kDefault);
     byDefault->setAutoDefault(false);
-    buttons->button(QDialogButtonBox::Ok)->setProperty("i18nId", kOk);
-    buttons->button(QDialogButtonBox::Cancel)->setProperty("i18nId", kCancel);
     connect(byDefault, &QPushButton::clicked, m_list, &CFmtListCtrl::setDefaults);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_list, 1);

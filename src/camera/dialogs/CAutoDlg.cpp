@@ -1,6 +1,7 @@
 #include "camera/dialogs/CAutoDlg.h"
 
 #include "i18n/i18n.h"
+#include "platform/DialogButtons.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -15,8 +16,6 @@
 namespace lanmira {
 namespace {
 constexpr char kDialog[] = "IDD_AUTO";
-constexpr int kOk = 1;
-constexpr int kCancel = 2;
 constexpr int kSlotMin = 1, kSlotMax = 3600;
 constexpr int kTimesMin = 1, kTimesMax = 99999;
 } // namespace
@@ -69,11 +68,7 @@ CAutoDlg::CAutoDlg(const AutoCaptureSettings& settings, QWidget* parent)
     form->addRow(m_limit);
     form->addRow(timesLabel, m_times);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setProperty("i18nId", kOk);
-    buttons->button(QDialogButtonBox::Cancel)->setProperty("i18nId", kCancel);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* buttons = makeOkCancelButtons(this);
 
     auto* top = new QVBoxLayout(this);
     top->addLayout(form);

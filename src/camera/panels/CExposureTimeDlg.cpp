@@ -3,6 +3,7 @@
 #include "camera/panels/CSpinButton.h"
 #include "camera/panels/ExposureTimeInput.h"
 #include "i18n/i18n.h"
+#include "platform/DialogButtons.h"
 #include "platform/TextFormat.h"
 
 #include <QDialogButtonBox>
@@ -46,11 +47,7 @@ CExposureTimeDlg::CExposureTimeDlg(std::uint32_t minimum, std::uint32_t maximum,
     unit->setProperty("i18nId", kUnit);
     unit->setBuddy(m_edit);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setProperty("i18nId", kOk);
-    buttons->button(QDialogButtonBox::Cancel)->setProperty("i18nId", kCancel);
-    connect(buttons, &QDialogButtonBox::accepted, this, &CExposureTimeDlg::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* buttons = makeOkCancelButtons(this);
 
     auto* line = new QHBoxLayout;
     line->setSpacing(0);
