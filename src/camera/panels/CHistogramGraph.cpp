@@ -1,6 +1,7 @@
 #include "camera/panels/CHistogramGraph.h"
 
 #include "camera/panels/HistogramGeometry.h"
+#include "i18n/i18n.h"
 
 #include <QApplication>
 #include <QMouseEvent>
@@ -18,6 +19,8 @@ const QColor kChannelColours[4] = {QColor(0, 0, 255), QColor(0, 255, 0), QColor(
 CHistogramGraph::CHistogramGraph(QWidget* parent) : QWidget(parent) {
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    // The markers are dragged here; the edits beside the graph set the same edges by keys.
+    setAccessibleName(i18n_stringW("ids_calvora_camerapane_histogram"));
 }
 
 void CHistogramGraph::paintGraph(QPainter& p, const QRect& area, const HistogramPicture& pic,
