@@ -48,6 +48,17 @@ std::uint64_t PageConvert::dibSize(const ScanPage& page) {
 void* PageConvert::toDib(const ScanPage& page) {
     if (!wellFormed(page))
         return nullptr;
+    auto* block = static_cast<std::uint8_t*>(allocDib(page));
+    if (!block)
+        return nullptr;
+    for (std::int32_t y = 0; y < page.height; ++y)
+        putRow(page, block, y, page.data.data() + std::size_t(y) * page.bytesPerLine);
+    return block;
+}
+
+void* PageConvert::allocDib(const ScanPage& page) {
+    if (page.width <= 0 || page.height <= 0)
+        return nullptr;
     const std::uint64_t size = dibSize(page);
     if (size > 0x7FFFFFFFull)
         return nullptr;
@@ -73,33 +84,48 @@ void* PageConvert::toDib(const ScanPage& page) {
         palette[4 * i] = palette[4 * i + 1] = palette[4 * i + 2] = g;
         palette[4 * i + 3] = 0;
     }
-    std::uint8_t* rows = palette + 4 * colours;
-    const std::size_t used = (std::size_t(page.width) * page.bitsPerPixel() + 7) / 8;
-    for (std::int32_t y = 0; y < page.height; ++y) {
-        const std::uint8_t* src = page.data.data() + std::size_t(y) * page.bytesPerLine;
-        std::uint8_t* dst = rows + std::size_t(page.height - 1 - y) * stride;
-        switch (page.kind) {
-        case ScanPage::Kind::Rgb:
-            for (std::int32_t x = 0; x < page.width; ++x) {
-                dst[3 * x] = src[3 * x + 2];
-                dst[3 * x + 1] = src[3 * x + 1];
-                dst[3 * x + 2] = src[3 * x];
-            }
-            break;
-        case ScanPage::Kind::Gray:
-            std::memcpy(dst, src, used);
-            break;
-        case ScanPage::Kind::BlackWhite:
-            // The scanner's 1 is black; the palette's index 1 is white.
-            for (std::size_t i = 0; i < used; ++i)
-                dst[i] = static_cast<std::uint8_t>(~src[i]);
-            if (const int spare = page.width % 8)
-                dst[used - 1] &= static_cast<std::uint8_t>(0xFF << (8 - spare));
-            break;
-        }
-        std::memset(dst + used, 0, stride - used);
-    }
     return block;
+}
+
+void PageConvert::putRow(const ScanPage& page, void* dib, std::int32_t y, const std::uint8_t* src) {
+    const std::uint64_t stride = dibStride(page);
+    std::uint8_t* rows = static_cast<std::uint8_t*>(dib) + kHeader + 4 * paletteEntries(page);
+    std::uint8_t* dst = rows + std::size_t(page.height - 1 - y) * stride;
+    const std::size_t used = (std::size_t(page.width) * page.bitsPerPixel() + 7) / 8;
+    switch (page.kind) {
+    case ScanPage::Kind::Rgb:
+        for (std::int32_t x = 0; x < page.width; ++x) {
+            dst[3 * x] = src[3 * x + 2];
+            dst[3 * x + 1] = src[3 * x + 1];
+            dst[3 * x + 2] = src[3 * x];
+        }
+        break;
+    case ScanPage::Kind::Gray:
+        std::memcpy(dst, src, used);
+        break;
+    case ScanPage::Kind::BlackWhite:
+        // The scanner's 1 is black; the palette's index 1 is white.
+        for (std::size_t i = 0; i < used; ++i)
+            dst[i] = static_cast<std::uint8_t>(~src[i]);
+        if (const int spare = page.width % 8)
+            dst[used - 1] &= static_cast<std::uint8_t>(0xFF << (8 - spare));
+        break;
+    }
+    std::memset(dst + used, 0, stride - used);
+}
+
+void PageConvert::shortenDib(ScanPage& page, void* dib, std::int32_t rows) {
+    if (rows <= 0 || rows >= page.height)
+        return;
+    const std::uint64_t stride = dibStride(page);
+    auto* block = static_cast<std::uint8_t*>(dib);
+    std::uint8_t* first = block + kHeader + 4 * paletteEntries(page);
+    // Bottom-up: the rows delivered sit at the top end of the block.
+    std::memmove(first, first + std::size_t(page.height - rows) * stride,
+                 std::size_t(rows) * stride);
+    page.height = rows;
+    put32(block + 8, static_cast<std::uint32_t>(rows));
+    put32(block + 20, static_cast<std::uint32_t>(stride * std::uint64_t(rows)));
 }
 
 std::uint32_t PageConvert::rowBytes(const ScanPage& page) {

@@ -1,5 +1,7 @@
 #include "sane/SaneDevice.h"
 
+#include "sane/PageConvert.h"
+
 #include <sane/saneopts.h>
 
 #include <algorithm>
@@ -7,7 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <mutex>
+#include <sched.h>
 
 namespace twaindsm {
 
@@ -39,6 +43,34 @@ bool contains(const std::string& text, const char* word) {
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return lower.find(word) != std::string::npos;
 }
+
+// Keeps the calling thread, and the reader a backend starts from it (a forked process or a
+// thread, which inherit the mask), on the core it is on until the scan is read. Backends
+// hand the page over through a pipe a few tens of kilobytes at a time; on one core each
+// hand-over is a plain switch, across two it wakes the idle one, hundreds of times a page.
+class OneCore {
+public:
+    OneCore() {
+        CPU_ZERO(&m_saved);
+        const int core = ::sched_getcpu();
+        if (core < 0 || ::sched_getaffinity(0, sizeof m_saved, &m_saved) != 0)
+            return;
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(core, &one);
+        m_pinned = ::sched_setaffinity(0, sizeof one, &one) == 0;
+    }
+    ~OneCore() {
+        if (m_pinned)
+            ::sched_setaffinity(0, sizeof m_saved, &m_saved);
+    }
+    OneCore(const OneCore&) = delete;
+    OneCore& operator=(const OneCore&) = delete;
+
+private:
+    cpu_set_t m_saved;
+    bool m_pinned = false;
+};
 
 } // namespace
 
@@ -302,9 +334,10 @@ bool SaneDevice::configure(const ScanRequest& request, std::string& error) {
 }
 
 SaneDevice::Result SaneDevice::scanPage(ScanPage& page, std::uint64_t memoryLimit,
-                                        std::string& error) {
+                                        std::string& error, bool asBitmap) {
     if (m_cancelled)
         return Result::Cancelled;
+    const OneCore oneCore;
     SANE_Status status = sane_start(m_handle);
     if (status == SANE_STATUS_NO_DOCS)
         return Result::NoMorePages;
@@ -332,6 +365,11 @@ SaneDevice::Result SaneDevice::scanPage(ScanPage& page, std::uint64_t memoryLimi
         sane_cancel(m_handle);
         return Result::TooLarge;
     }
+    page.kind = p.depth == 1                 ? ScanPage::Kind::BlackWhite
+                : p.format == SANE_FRAME_RGB ? ScanPage::Kind::Rgb
+                                             : ScanPage::Kind::Gray;
+    if (asBitmap && known && p.depth != 16)
+        return scanIntoBitmap(page, p, error);
     std::vector<std::uint8_t> raw;
     raw.resize(known ? expected : kReadChunk);
     std::size_t filled = 0;
@@ -367,9 +405,6 @@ SaneDevice::Result SaneDevice::scanPage(ScanPage& page, std::uint64_t memoryLimi
     }
     page.width = p.pixels_per_line;
     page.height = static_cast<std::int32_t>(lines);
-    page.kind = p.depth == 1                 ? ScanPage::Kind::BlackWhite
-                : p.format == SANE_FRAME_RGB ? ScanPage::Kind::Rgb
-                                             : ScanPage::Kind::Gray;
     const int samples = p.format == SANE_FRAME_RGB ? 3 : 1;
     if (p.depth == 16) {
         // Eight bits are all a bitmap keeps: take each sample's high byte.
@@ -390,6 +425,55 @@ SaneDevice::Result SaneDevice::scanPage(ScanPage& page, std::uint64_t memoryLimi
         raw.resize(std::size_t(p.bytes_per_line) * lines);
     }
     page.data = std::move(raw);
+    return Result::Ok;
+}
+
+SaneDevice::Result SaneDevice::scanIntoBitmap(ScanPage& page, const SANE_Parameters& p,
+                                              std::string& error) {
+    page.width = p.pixels_per_line;
+    page.height = p.lines;
+    page.bytesPerLine = static_cast<std::uint32_t>(p.bytes_per_line);
+    std::unique_ptr<void, decltype(&std::free)> dib(PageConvert::allocDib(page), &std::free);
+    if (!dib) {
+        sane_cancel(m_handle);
+        return Result::TooLarge;
+    }
+    // adviseLargePages(dib.get(), PageConvert::dibSize(page));
+    //  Whole rows at a time through a buffer that stays warm from page to page.
+    const std::size_t bpl = std::size_t(p.bytes_per_line);
+    const std::size_t rowsPerRead = std::max<std::size_t>(1, kReadChunk / bpl);
+    m_readBuffer.resize(rowsPerRead * bpl);
+    std::int32_t y = 0;
+    bool end = false;
+    while (!end && y < page.height) {
+        std::size_t filled = 0;
+        while (filled < m_readBuffer.size()) {
+            SANE_Int got = 0;
+            const auto want = static_cast<SANE_Int>(m_readBuffer.size() - filled);
+            const SANE_Status status =
+                sane_read(m_handle, m_readBuffer.data() + filled, want, &got);
+            filled += static_cast<std::size_t>(std::max(got, 0));
+            if (status == SANE_STATUS_EOF) {
+                end = true;
+                break;
+            }
+            if (status == SANE_STATUS_CANCELLED || m_cancelled)
+                return Result::Cancelled;
+            if (status != SANE_STATUS_GOOD) {
+                error = sane_strstatus(status);
+                sane_cancel(m_handle);
+                return Result::Failed;
+            }
+        }
+        for (std::size_t at = 0; at + bpl <= filled && y < page.height; at += bpl)
+            PageConvert::putRow(page, dib.get(), y++, m_readBuffer.data() + at);
+    }
+    if (y == 0) {
+        error = "The scanner delivered no picture.";
+        return Result::Failed;
+    }
+    PageConvert::shortenDib(page, dib.get(), y);
+    page.dib.reset(dib.release());
     return Result::Ok;
 }
 

@@ -65,7 +65,10 @@ public:
     // Sets mode, depth, resolution and area; false with a reason when the device refuses.
     bool configure(const ScanRequest& request, std::string& error);
     // Scans one page. Refuses, before allocating, a page of more than `memoryLimit` bytes.
-    Result scanPage(ScanPage& page, std::uint64_t memoryLimit, std::string& error);
+    // With `asBitmap`, a page of known length arrives as its packed bitmap (`page.dib`),
+    // built row by row as the scanner delivers, with no copy of the whole page beside it.
+    Result scanPage(ScanPage& page, std::uint64_t memoryLimit, std::string& error,
+                    bool asBitmap = false);
     // Ends the batch after the last page, or stops a scan from another thread. A stop
     // holds until the next batch begins, so a page started just after it is not scanned.
     void cancel();
@@ -78,10 +81,12 @@ private:
     std::optional<double> maxOf(const char* name) const;
     std::vector<std::string> stringList(const char* name) const;
     std::string modeFor(ScanPage::Kind kind, int& depth) const;
+    Result scanIntoBitmap(ScanPage& page, const SANE_Parameters& p, std::string& error);
 
     SANE_Handle m_handle = nullptr;
     std::string m_name;
     std::atomic<bool> m_cancelled{false};
+    std::vector<std::uint8_t> m_readBuffer; // the scan thread's
 };
 
 // Bytes the scan thread may take for one page: half the memory available now (a page is

@@ -324,11 +324,11 @@ void SaneSession::scanBatch(ScanRequest request, int pages, bool feeder, bool na
     while (pages < 0 || taken < pages) {
         ScanPage page;
         page.dpi = request.dpi;
-        const SaneDevice::Result r = m_device.scanPage(page, limit, detail);
+        const SaneDevice::Result r = m_device.scanPage(page, limit, detail, native);
         if (r == SaneDevice::Result::Ok) {
             // A large page takes a while to turn around; better here than on the thread
             // that asks for it.
-            if (native) {
+            if (native && !page.dib) {
                 page.dib.reset(PageConvert::toDib(page));
                 if (page.dib)
                     std::vector<std::uint8_t>().swap(page.data);

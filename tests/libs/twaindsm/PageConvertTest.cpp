@@ -45,6 +45,29 @@ TEST(PageConvert, ColourRowsAreBgrAndBottomUp) {
     EXPECT_EQ(PageConvert::dibSize(page), 40u + 16u);
 }
 
+// A scan that ends early (the scanner announced four rows and sent two) leaves the same
+// bitmap as a two-row page converted whole.
+TEST(PageConvert, BitmapBuiltRowByRowCanEndEarly) {
+    ScanPage page;
+    page.kind = ScanPage::Kind::Rgb;
+    page.width = 2;
+    page.height = 4;
+    page.bytesPerLine = 6;
+    page.dpi = 254;
+    const std::vector<std::uint8_t> rows = {255, 0, 0, 0, 255, 0, 0, 0, 255, 255, 255, 255};
+    std::unique_ptr<void, decltype(&std::free)> built(PageConvert::allocDib(page), &std::free);
+    ASSERT_TRUE(built);
+    PageConvert::putRow(page, built.get(), 0, rows.data());
+    PageConvert::putRow(page, built.get(), 1, rows.data() + 6);
+    PageConvert::shortenDib(page, built.get(), 2);
+    EXPECT_EQ(page.height, 2);
+
+    page.data = rows;
+    const Block whole = dibOf(page);
+    ASSERT_TRUE(whole.p);
+    EXPECT_EQ(std::memcmp(built.get(), whole.p.get(), PageConvert::dibSize(page)), 0);
+}
+
 TEST(PageConvert, BlackAndWhiteIsInvertedAndPadded) {
     ScanPage page;
     page.kind = ScanPage::Kind::BlackWhite;
