@@ -34,6 +34,10 @@ struct SourceToolkit {
         reportError;
     // Runs a function on the thread that called ENABLEDS, soon; absent: run it in place.
     std::function<void(std::function<void()>)> post;
+    // Runs a call that may take seconds (listing or opening devices, which may ask the
+    // network) on another thread, and returns when it is done, the caller's window kept
+    // painted meanwhile; absent: runs it in place.
+    std::function<void(const std::function<void()>&)> runAside;
 };
 
 // One open SANE device as a TWAIN source: states 4 (open) to 7 (transferring), the

@@ -28,6 +28,13 @@ void SaneSource::describe(const SaneDeviceInfo& device, TW_IDENTITY& identity) {
     copyName(identity.ProductName, sizeof identity.ProductName, device.name);
 }
 
+void SaneSource::aside(const std::function<void()>& work) {
+    if (m_toolkit.runAside)
+        m_toolkit.runAside(work);
+    else
+        work();
+}
+
 TW_UINT16 SaneSource::fail(TW_UINT16 condition) {
     m_condition = condition;
     return TWRC_FAILURE;
@@ -60,7 +67,7 @@ TW_UINT16 SaneSource::entry(TW_IDENTITY*, TW_UINT32 dg, TW_UINT16 dat, TW_UINT16
 TW_UINT16 SaneSource::identity(TW_UINT16 msg, TW_IDENTITY* id) {
     switch (msg) {
     case MSG_GETFIRST:
-        m_devices = SaneDevice::list();
+        aside([this] { m_devices = SaneDevice::list(); });
         m_next = 0;
         [[fallthrough]];
     case MSG_GETNEXT:
@@ -77,7 +84,7 @@ TW_UINT16 SaneSource::identity(TW_UINT16 msg, TW_IDENTITY* id) {
         if (m_session)
             return fail(TWCC_MAXCONNECTIONS);
         if (m_devices.empty())
-            m_devices = SaneDevice::list();
+            aside([this] { m_devices = SaneDevice::list(); });
         for (const SaneDeviceInfo& device : m_devices) {
             TW_IDENTITY candidate;
             describe(device, candidate);
@@ -85,7 +92,9 @@ TW_UINT16 SaneSource::identity(TW_UINT16 msg, TW_IDENTITY* id) {
                 continue;
             auto session = std::make_unique<SaneSession>(m_toolkit);
             TW_UINT16 condition = TWCC_SUCCESS;
-            if (!session->open(device.name, condition))
+            bool opened = false;
+            aside([&] { opened = session->open(device.name, condition); });
+            if (!opened)
                 return fail(condition);
             m_session = std::move(session);
             m_openIdentity = *id;

@@ -4,6 +4,7 @@
 #include "sane/SaneSession.h"
 #include "twain/twain.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,6 +25,7 @@ public:
 private:
     TW_UINT16 identity(TW_UINT16 msg, TW_IDENTITY* identity);
     TW_UINT16 fail(TW_UINT16 condition);
+    void aside(const std::function<void()>& work);
 
     SourceToolkit m_toolkit;
     std::vector<SaneDeviceInfo> m_devices;

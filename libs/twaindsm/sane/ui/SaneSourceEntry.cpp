@@ -5,10 +5,13 @@
 #include "sane/ui/ScanDialog.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QMessageBox>
 #include <QMetaObject>
 #include <QPointer>
 #include <QWidget>
+
+#include <thread>
 
 namespace {
 
@@ -53,6 +56,17 @@ SourceToolkit makeToolkit() {
     toolkit.post = [](std::function<void()> fn) {
         QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(fn),
                                   Qt::QueuedConnection);
+    };
+    toolkit.runAside = [](const std::function<void()>& work) {
+        QEventLoop loop;
+        std::thread worker([&] {
+            work();
+            QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+        });
+        // Painting and timers go on; clicks and keys wait, so nothing asks the source for
+        // more while it is busy.
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+        worker.join();
     };
     return toolkit;
 }
