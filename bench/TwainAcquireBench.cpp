@@ -93,8 +93,10 @@ double lanmiraSeconds() {
     timer.start();
     if (!s.Acquire())
         return -1;
+    // Waiting as the program's event loop does: asleep until something arrives, not
+    // spinning on a core the save could use.
     while (!s.saved)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     return timer.nsecsElapsed() / 1e9;
 }
 
