@@ -27,6 +27,9 @@ Library::Library() : jobs_(std::make_shared<BackgroundJobs>()) {}
 
 Library::~Library() {
     jobs_->silence();
+    // Devices being released hold the runner too, so its own end would not wait for them:
+    // the settings they save and the recordings they finish must be done before the exit.
+    jobs_->waitAll();
 }
 
 void Library::init(const std::string& configHome, const std::string& company,

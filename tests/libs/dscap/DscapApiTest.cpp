@@ -8,6 +8,7 @@
 #include "dscap/v4l2/V4l2Provider.h"
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <gtest/gtest.h>
 
@@ -17,6 +18,7 @@
 #include <cmath>
 #include <condition_variable>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -656,6 +658,28 @@ TEST_F(DscapApiTest, CameraSettingsComeBackWhenItOpensAgain) {
     std::int32_t t = 0, tint = 0;
     EXPECT_LT(c->GetTempTint(&t, &tint), 0);
     EXPECT_LT(c->WhiteBalanceOnce(onWhiteBalance, &box), 0);
+}
+
+// The program ends as soon as the camera window closes: the settings the camera is
+// released with in the background must still reach the disk, whole.
+TEST_F(DscapApiTest, SettingsOfACameraClosedJustBeforeExitAreKept) {
+    const pid_t child = ::fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        ICameraControl* c = openCamera();
+        const bool set = c && c->SetHue(-45) == 0 && dscap_stop(handle) == 1;
+        std::exit(set ? 0 : 2); // static destructors run, as at the end of the program
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    ASSERT_EQ(WEXITSTATUS(status), 0);
+    for (const auto& entry : fs::recursive_directory_iterator(dir))
+        EXPECT_EQ(entry.path().filename().string().rfind(".dscap", 0), std::string::npos)
+            << entry.path();
+    ICameraControl* c = openCamera();
+    std::int32_t hue = 0;
+    EXPECT_EQ((c->GetHue(&hue), hue), -45);
 }
 
 // A USB camera through the same calls: listed first, its own controls used, its frames
