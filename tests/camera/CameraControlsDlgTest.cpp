@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSpinBox>
 #include <QTemporaryDir>
 
@@ -17,6 +18,9 @@ using dscap::v4l2::FakeV4l2System;
 // The dialog shows the camera's extra controls and every change reaches the device.
 TEST(CameraControlsDlgTest, ChangesAndDefaultsReachTheCamera) {
     QTemporaryDir config;
+    // The library saves a closed camera's settings in the background: let it finish before
+    // the folder goes.
+    const auto settle = qScopeGuard([] { dscap::Library::instance().waitForBackgroundWork(); });
     const dscap_messages messages{0x465, 0x470, 0x466, 32830, 0x473};
     dscap_init(config.path().toUtf8().constData(), "Vornalt", "Lanmira", "", "", &messages);
     auto system = std::make_shared<FakeV4l2System>();

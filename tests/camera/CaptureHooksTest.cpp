@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -42,6 +43,9 @@ TEST(CaptureHooksTest, ChosenFileGetsTheTypesExtensionWhenItHasNone) {
 // once it is gone.
 TEST(CaptureHooksTest, LibraryPostsReachLiveReceiversOnly) {
     QTemporaryDir config;
+    // The library saves a closed camera's settings in the background: let it finish before
+    // the folder goes.
+    const auto settle = qScopeGuard([] { dscap::Library::instance().waitForBackgroundWork(); });
     const dscap_messages messages{0x465, 0x470, 0x466, 32830, 0x473};
     dscap_init(config.path().toUtf8().constData(), "Vornalt", "Lanmira", "", "", &messages);
     CaptureHooks::install();
