@@ -8,8 +8,11 @@
 #include <QImage>
 #include <QMimeData>
 #include <QStringList>
+#include <QThreadPool>
 
 #include <cstring>
+#include <future>
+#include <memory>
 
 namespace lanmira {
 namespace {
@@ -129,11 +132,27 @@ PackedDib uncompressed(PackedDib dib) {
     return dib;
 }
 
-// The PNG is made only when another program asks for it: encoding a big picture takes
-// longer than the copy itself, and most pastes want the bitmap.
+QByteArray pngOf(const QByteArray& bmp) {
+    QByteArray png;
+    const QImage image = imageFromDib(dibFromBmpData(bmp));
+    QBuffer buffer(&png);
+    if (image.isNull() || !buffer.open(QIODevice::WriteOnly) ||
+        !image.save(&buffer, "PNG", kPngQuality))
+        png.clear();
+    return png;
+}
+
+// The PNG is made on a worker as soon as the picture is on the clipboard: encoding a big
+// picture takes longer than the copy itself, and a program asking for it must not find the
+// window frozen meanwhile. The bitmap is there at once.
 class PictureMimeData final : public QMimeData {
 public:
-    explicit PictureMimeData(QByteArray bmp) : m_bmp(std::move(bmp)) {}
+    explicit PictureMimeData(QByteArray bmp) : m_bmp(std::move(bmp)) {
+        auto promise = std::make_shared<std::promise<QByteArray>>();
+        m_png = promise->get_future().share();
+        QThreadPool::globalInstance()->start(
+            [promise, bmp = m_bmp] { promise->set_value(pngOf(bmp)); });
+    }
 
     QStringList formats() const override { return {kBmp, kPng}; }
     bool hasFormat(const QString& mimeType) const override {
@@ -146,19 +165,13 @@ protected:
             return m_bmp;
         if (mimeType != kPng)
             return {};
-        if (m_png.isEmpty()) {
-            const QImage image = imageFromDib(dibFromBmpData(m_bmp));
-            QBuffer buffer(&m_png);
-            if (image.isNull() || !buffer.open(QIODevice::WriteOnly) ||
-                !image.save(&buffer, "PNG", kPngQuality))
-                m_png.clear();
-        }
-        return m_png;
+        // Asked for within moments of the copy: the rest of the encoding is waited for.
+        return m_png.get();
     }
 
 private:
     QByteArray m_bmp;
-    mutable QByteArray m_png;
+    std::shared_future<QByteArray> m_png;
 };
 
 } // namespace
