@@ -336,6 +336,26 @@ Möchten Sie die Datei ersetzen?</translation>
         <translation>Die Datei existiert nicht mehr.</translation>
     </message>
     <message>
+        <source>ids_lanmira_histogram_low</source>
+        <translation>Unterer Wert</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_histogram_high</source>
+        <translation>Oberer Wert</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_histogram_channel</source>
+        <translation>Kanal</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_spin_up</source>
+        <translation>Erhöhen</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_spin_down</source>
+        <translation>Verringern</translation>
+    </message>
+    <message>
         <source>ids_lanmira_transfer_notarget</source>
         <translation>Der Ordner %s existiert nicht.</translation>
     </message>

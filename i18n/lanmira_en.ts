@@ -336,6 +336,26 @@ Do you want to replace it?</translation>
         <translation>It no longer exists.</translation>
     </message>
     <message>
+        <source>ids_lanmira_histogram_low</source>
+        <translation>Low level</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_histogram_high</source>
+        <translation>High level</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_histogram_channel</source>
+        <translation>Channel</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_spin_up</source>
+        <translation>Increase</translation>
+    </message>
+    <message>
+        <source>ids_lanmira_spin_down</source>
+        <translation>Decrease</translation>
+    </message>
+    <message>
         <source>ids_lanmira_transfer_notarget</source>
         <translation>The folder %s does not exist.</translation>
     </message>

@@ -55,7 +55,6 @@ CCameraExposureDlg::CCameraExposureDlg(QObject* owner, QWidget* parent)
     m_defaults = place(new QPushButton, kDefaults, {70, 162, 162, 188}, kAnchorCentre);
     m_targetText->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_gainText->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_timeButton->setAccessibleName(QStringLiteral("ms"));
 
     connect(m_auto, &QCheckBox::clicked, this, [this](bool on) {
         if (!attached())

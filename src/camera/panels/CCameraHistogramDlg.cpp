@@ -74,9 +74,10 @@ CCameraHistogramDlg::CCameraHistogramDlg(QObject* owner, QWidget* parent)
     m_low->setReturnMessage(this, msg::HISTOGRAM_LOW_RETURN);
     m_high->setReturnMessage(this, msg::HISTOGRAM_HIGH_RETURN);
     setTextIds(controlIds());
-    m_low->setAccessibleName(QStringLiteral("low"));
-    m_high->setAccessibleName(QStringLiteral("high"));
-    m_list->setAccessibleName(QStringLiteral("channel"));
+    // The edits and the list have no label of their own on the panel.
+    m_low->setAccessibleName(i18n_stringW("ids_lanmira_histogram_low"));
+    m_high->setAccessibleName(i18n_stringW("ids_lanmira_histogram_high"));
+    m_list->setAccessibleName(i18n_stringW("ids_lanmira_histogram_channel"));
     for (CSpinButton* s : {m_lowSpin, m_highSpin})
         s->setRange(0, 255);
 

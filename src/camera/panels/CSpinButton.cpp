@@ -1,5 +1,7 @@
 #include "camera/panels/CSpinButton.h"
 
+#include "i18n/i18n.h"
+
 #include <QKeyEvent>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -22,8 +24,8 @@ CSpinButton::CSpinButton(QWidget* parent)
     }
     m_up->setArrowType(Qt::UpArrow);
     m_down->setArrowType(Qt::DownArrow);
-    m_up->setAccessibleName(QStringLiteral("+"));
-    m_down->setAccessibleName(QStringLiteral("-"));
+    m_up->setAccessibleName(i18n_stringW("ids_lanmira_spin_up"));
+    m_down->setAccessibleName(i18n_stringW("ids_lanmira_spin_down"));
     connect(m_up, &QToolButton::clicked, this, [this] { step(1); });
     connect(m_down, &QToolButton::clicked, this, [this] { step(-1); });
 }
