@@ -191,14 +191,15 @@ std::uint8_t sampleCode(float transmittance) {
                                      0.5f);
 }
 
+// Never freed: a slide may still be painting on its thread while the process exits.
 const std::vector<float>& densityTable() {
-    static const std::vector<float> table = [] {
-        std::vector<float> t(kDensityEntries);
+    static const auto* table = [] {
+        auto* t = new std::vector<float>(kDensityEntries);
         for (int i = 0; i < kDensityEntries; ++i)
-            t[i] = std::pow(10.0f, -static_cast<float>(i) / kDensitySteps);
+            (*t)[i] = std::pow(10.0f, -static_cast<float>(i) / kDensitySteps);
         return t;
     }();
-    return table;
+    return *table;
 }
 
 // Bin averages blocks of the full-resolution slide; skip takes their top-left sample.
