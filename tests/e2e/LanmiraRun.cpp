@@ -187,7 +187,24 @@ bool LanmiraRun::waitForWindow(const QString& namePattern, int timeoutMs, QStrin
 bool LanmiraRun::xdotool(const QStringList& args) {
     QProcess p;
     p.start(QStringLiteral("xdotool"), args);
-    return p.waitForFinished(10000) && p.exitCode() == 0;
+    const bool ok = p.waitForFinished(10000) && p.exitCode() == 0;
+    if (!args.isEmpty() && args.first() == QStringLiteral("key")) {
+        // xdotool dies on an X error (the window went away under it), possibly between
+        // pressing a key and letting it go; a key left down repeats into every window shown
+        // later on the same display.
+        QStringList keys;
+        for (qsizetype i = 1; i < args.size(); ++i) {
+            if (args[i] == QStringLiteral("--window") || args[i] == QStringLiteral("--delay") ||
+                args[i] == QStringLiteral("--repeat"))
+                ++i;
+            else if (!args[i].startsWith(QStringLiteral("--")))
+                keys.append(args[i]);
+        }
+        QProcess release;
+        release.start(QStringLiteral("xdotool"), QStringList{QStringLiteral("keyup")} + keys);
+        release.waitForFinished(10000);
+    }
+    return ok;
 }
 
 bool waitFor(const std::function<bool()>& done, int timeoutMs) {
