@@ -189,18 +189,6 @@ TEST_F(AppFixture, StoredValuesAreClampedWhenReadAndWrittenBackClamped) {
     }
 }
 
-TEST_F(AppFixture, ProfileNamingAnotherCompanyKeepsItsSettingsApart) {
-    writeProfile(
-        R"(<lanmira vnupdate="check monthly"><oem company="Acme" app="Scope"/></lanmira>)");
-    CPellanoApp app(options());
-    ASSERT_TRUE(app.initInstance());
-    EXPECT_EQ(app.app(), u"Scope"_s);
-    EXPECT_TRUE(app.url().isEmpty()); // a company was given, so no built-in url
-    app.exitInstance(0);
-    EXPECT_TRUE(QFile::exists(configHome() + u"/Acme/Scope/Scope.conf"_s));
-    EXPECT_FALSE(QFile::exists(configHome() + u"/Vornalt/Lanmira/Lanmira.conf"_s));
-}
-
 TEST_F(AppFixture, ProfileFaultsAreReportedAndNothingIsWritten) {
     for (const bool present : {false, true}) {
         if (present)

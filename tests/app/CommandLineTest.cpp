@@ -37,8 +37,3 @@ TEST(CommandLine, ParsesOptionsPathsAndQtsOwnOptions) {
         EXPECT_EQ(cl.error.isEmpty(), r.action != Action::Error);
     }
 }
-
-TEST(CommandLine, VersionTextIsExact) {
-    EXPECT_EQ(CommandLine::versionText(), u"Lanmira 1.1.4004"_s);
-    EXPECT_TRUE(CommandLine::helpText().contains(u"--version"_s));
-}

@@ -83,15 +83,6 @@ TEST(RegionEditor, HitTestPrefersHandlesThenTheInside) {
     EXPECT_EQ(RegionEditor::hitTest({100, 100, 104, 104}, {102, 102}), 1);
 }
 
-TEST(RegionEditor, CursorFollowsTheCode) {
-    const Qt::CursorShape shapes[] = {Qt::SizeAllCursor,   Qt::SizeFDiagCursor, Qt::SizeVerCursor,
-                                      Qt::SizeBDiagCursor, Qt::SizeHorCursor,   Qt::SizeFDiagCursor,
-                                      Qt::SizeVerCursor,   Qt::SizeBDiagCursor, Qt::SizeHorCursor};
-    for (int code = 0; code <= 8; ++code)
-        EXPECT_EQ(RegionEditor::cursor(code), shapes[code]) << code;
-    EXPECT_EQ(RegionEditor::cursor(-1), Qt::ArrowCursor);
-}
-
 TEST(RegionEditor, MoveStopsAtTheBorderWithoutChangingSize) {
     RegionF r{600, 10, 630, 40};
     EXPECT_TRUE(RegionEditor::move(r, 50, -20, 640, 480));

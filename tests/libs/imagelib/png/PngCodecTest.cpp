@@ -1,4 +1,5 @@
 // Test files are put together chunk by chunk, so damaged ones are as easy to make as good ones.
+#include "../../../support/HostileFiles.h"
 #include "../DecodedPicture.h"
 #include "../ScratchDir.h"
 
@@ -13,19 +14,8 @@ namespace {
 
 enum Type { Grey = 0, Rgb = 2, Palette = 3, GreyAlpha = 4, Rgba = 6 };
 
-void putBe32(Bytes& b, std::uint32_t v) {
-    for (int i = 3; i >= 0; --i)
-        b.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
-
-void chunk(Bytes& file, const char* type, const Bytes& body) {
-    putBe32(file, static_cast<std::uint32_t>(body.size()));
-    const std::size_t start = file.size();
-    file.insert(file.end(), type, type + 4);
-    file.insert(file.end(), body.begin(), body.end());
-    putBe32(file, static_cast<std::uint32_t>(
-                      crc32(0, &file[start], static_cast<uInt>(file.size() - start))));
-}
+using hostile::chunk;
+using hostile::putBe32;
 
 struct Png {
     const char* name = "";
