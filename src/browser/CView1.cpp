@@ -5,33 +5,28 @@
 #include "browser/ChangeCheck.h"
 #include "browser/FileDeleter.h"
 #include "browser/GridCommands.h"
+#include "browser/GridDragDrop.h"
 #include "browser/GridLayout.h"
 #include "browser/GridPainter.h"
 #include "browser/GridSelection.h"
 #include "browser/GridSorting.h"
-#include "browser/ThumbnailCache.h"
-#include "browser/ThumbnailWorker.h"
-#include "browser/fileops/DropRules.h"
-#include "browser/fileops/FileListData.h"
+#include "browser/ThumbnailFeed.h"
+#include "browser/fileops/DropRequest.h"
 #include "browser/fileops/FileOperations.h"
 #include "platform/CommandIds.h"
 #include "platform/Messages.h"
 #include "platform/PostedMessage.h"
 
 #include <QDir>
-#include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QMimeData>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QRandomGenerator>
 #include <QScrollBar>
-#include <QTimer>
 
 #include <algorithm>
 #include <utility>
@@ -52,9 +47,11 @@ QString fileName(const QString& path) {
 CView1::CView1(QString company, QString app, QString programFolder, QWidget* parent)
     : QAbstractScrollArea(parent), m_company(std::move(company)), m_app(std::move(app)),
       m_programFolder(std::move(programFolder)), m_fileOps(new FileOperations(this)),
-      m_painter(std::make_unique<GridPainter>()),
+      m_feed(BrowserList::instance()), m_painter(std::make_unique<GridPainter>()),
       m_selection(std::make_unique<GridSelection>(BrowserList::instance())),
-      m_sorting(std::make_unique<GridSorting>(BrowserList::instance())) {
+      m_sorting(std::make_unique<GridSorting>(BrowserList::instance())),
+      m_dragDrop(std::make_unique<GridDragDrop>(*this, BrowserList::instance(), *m_selection,
+                                                *m_fileOps)) {
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setAcceptDrops(true);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
@@ -63,8 +60,7 @@ CView1::CView1(QString company, QString app, QString programFolder, QWidget* par
 }
 
 CView1::~CView1() {
-    if (m_worker)
-        m_worker->stop();
+    m_feed.stop();
     saveSettings();
 }
 
@@ -89,12 +85,7 @@ bool CView1::startBrowser() {
         return true;
     BrowserSettings(m_company, m_app).load(list());
     m_settingsLoaded = true;
-    // Without a cache folder the browser runs without a cache.
-    if (const QString root = ThumbnailCache::defaultRoot(); !root.isEmpty())
-        m_cache = std::make_unique<ThumbnailCache>(root);
-    m_worker = std::make_unique<ThumbnailWorker>(list(), m_cache.get(), m_registration.token(),
-                                                 [this](int index) { cellDone(index); });
-    m_worker->start();
+    m_feed.start(m_registration.token(), [this](int index) { cellDone(index); });
     m_cleanTimer.start(kCleanPeriodMs, this);
     m_initialised = true;
     m_painter->forgetImages();
@@ -114,8 +105,7 @@ void CView1::openFolder(const QString& path) {
 
 void CView1::refresh() {
     BrowserList& l = list();
-    l.stopRequest.store(BrowserList::kStopAbandon);
-    std::unique_lock lock(l.lock());
+    std::unique_lock lock = m_feed.beginChange();
     m_painter->forgetImages();
     // Without a cache folder the browser stays empty rather than run without a worker.
     if (l.currentFolder.isEmpty() || m_startFailed) {
@@ -136,14 +126,11 @@ void CView1::refresh() {
 }
 
 void CView1::endListChange(std::unique_lock<std::mutex>& lock) {
-    BrowserList& l = list();
-    l.thumbnailsComplete.store(0);
-    l.firstVisible.store(
-        GridLayout::firstVisible(verticalScrollBar()->value(), m_columns, largeMode()));
-    lock.unlock();
-    l.stopRequest.store(BrowserList::kStopRun);
-    if (m_worker)
-        m_worker->wake();
+    m_feed.endChange(lock, firstVisibleCell());
+}
+
+int CView1::firstVisibleCell() const {
+    return GridLayout::firstVisible(verticalScrollBar()->value(), m_columns, largeMode());
 }
 
 StatusTexts CView1::statusTexts() const {
@@ -216,16 +203,7 @@ void CView1::scrollContentsBy(int dx, int dy) {
 }
 
 void CView1::updateFirstVisible() {
-    BrowserList& l = list();
-    const int first =
-        GridLayout::firstVisible(verticalScrollBar()->value(), m_columns, largeMode());
-    if (l.thumbnailsComplete.load() != 0 || first == l.firstVisible.load())
-        return;
-    // The index first: the worker reads it as soon as it sees the restart.
-    l.firstVisible.store(first);
-    l.stopRequest.store(BrowserList::kStopRestart);
-    if (m_worker)
-        m_worker->wake();
+    m_feed.showFrom(firstVisibleCell());
 }
 
 // The worker's reports
@@ -265,7 +243,7 @@ void CView1::customEvent(QEvent* event) {
         return;
     }
     if (m && m->message() == msg::BROWSER_DEFERRED_DROP) {
-        deferredDrop(*m);
+        m_dragDrop->deferred(*m);
         return;
     }
     QAbstractScrollArea::customEvent(event);
@@ -293,8 +271,7 @@ void CView1::timerEvent(QTimerEvent* event) {
     if (event->timerId() == m_checkTimer.timerId()) {
         changeCheck();
     } else if (event->timerId() == m_cleanTimer.timerId()) {
-        if (m_cache)
-            m_cache->clean(static_cast<int>(QRandomGenerator::global()->bounded(256)));
+        m_feed.cleanCache();
     } else {
         QAbstractScrollArea::timerEvent(event);
     }
@@ -302,14 +279,13 @@ void CView1::timerEvent(QTimerEvent* event) {
 
 void CView1::changeCheck() {
     BrowserList& l = list();
-    if (!m_initialised || !m_cache || l.thumbnailsComplete.load() != 1)
+    if (!m_initialised || !m_feed.cache() || l.thumbnailsComplete.load() != 1)
         return;
     QElapsedTimer clock;
     clock.start();
-    l.stopRequest.store(BrowserList::kStopAbandon);
-    std::unique_lock lock(l.lock());
+    std::unique_lock lock = m_feed.beginChange();
 
-    const auto [removed, changed, added] = ChangeCheck::run(l, *m_cache, clock);
+    const auto [removed, changed, added] = ChangeCheck::run(l, *m_feed.cache(), clock);
     if (removed || changed)
         m_painter->forgetImages();
     if (!removed && changed && !added)
@@ -412,8 +388,7 @@ void CView1::deleteSelection(bool forGood) {
     if (!FileDeleter::deletePaths(this, QStringList(selected.begin(), selected.end()), forGood))
         return;
     BrowserList& l = list();
-    l.stopRequest.store(BrowserList::kStopAbandon);
-    std::unique_lock lock(l.lock());
+    std::unique_lock lock = m_feed.beginChange();
     // Only what is really gone: the user may have kept some files.
     l.removeSelectedGone();
     m_painter->forgetImages();
@@ -426,8 +401,7 @@ int CView1::deleteFile(const QString& path, bool forGood) {
     if (!FileDeleter::deletePaths(this, QStringList{path}, forGood))
         return -1;
     BrowserList& l = list();
-    l.stopRequest.store(BrowserList::kStopAbandon);
-    std::unique_lock lock(l.lock());
+    std::unique_lock lock = m_feed.beginChange();
     const int index = l.removePath(path);
     if (index >= 0) {
         m_painter->forgetImages();
@@ -496,7 +470,7 @@ void CView1::mouseMoveEvent(QMouseEvent* event) {
     if (m_selection->state() == GridSelection::State::PressedOnItem &&
         (event->buttons() & Qt::LeftButton)) {
         if (m_selection->leavesDragSquare(pos))
-            startDrag();
+            m_dragDrop->startDrag();
         return;
     }
     if (!m_selection->banding())
@@ -516,72 +490,20 @@ void CView1::mouseReleaseEvent(QMouseEvent* event) {
     QAbstractScrollArea::mouseReleaseEvent(event);
 }
 
-void CView1::startDrag() {
-    const std::vector<QString> paths = list().selectedPaths();
-    if (paths.empty())
-        return;
-    // The clipboard's formats, so a file manager takes the drop as it takes a paste.
-    std::unique_ptr<QMimeData> mime =
-        FileListData::encode(QStringList(paths.begin(), paths.end()), effect::kCopyAndLink);
-    auto* drag = new QDrag(this); // parented: Qt may still use it while exec() returns
-    drag->setMimeData(mime.release());
-    m_selection->beginDrag();
-    drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction);
-    m_selection->endDrag();
-    drag->deleteLater();
-}
-
-std::uint32_t CView1::dragOverEffect(const QDropEvent* event) const {
-    return DropRules::dragOverEffect(!list().currentFolder.isEmpty(),
-                                     FileListData::offersFiles(event->mimeData()), dragging(),
-                                     DropRules::keyState(event->modifiers()));
-}
-
 void CView1::dragEnterEvent(QDragEnterEvent* event) {
-    dragMoveEvent(event);
+    m_dragDrop->dragOver(event);
 }
 
 void CView1::dragMoveEvent(QDragMoveEvent* event) {
-    const std::uint32_t e = dragOverEffect(event);
-    if (e == effect::kNone) {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(DropRules::action(e));
-    event->accept();
+    m_dragDrop->dragOver(event);
 }
 
 void CView1::dropEvent(QDropEvent* event) {
-    const std::uint32_t e = dragOverEffect(event);
-    if (e == effect::kNone) {
-        event->ignore();
-        return;
-    }
-    DropRequest request;
-    request.folder = list().currentFolder;
-    request.files = FileListData::decode(event->mimeData());
-    request.effect = e;
-    event->setDropAction(DropRules::action(e));
-    event->accept();
-    postDrop(std::move(request));
+    m_dragDrop->drop(event);
 }
 
 void CView1::postDrop(DropRequest request) {
-    postMessage(this, msg::BROWSER_DEFERRED_DROP, 0, static_cast<qintptr>(request.effect),
-                makePayload(std::move(request)));
-}
-
-void CView1::deferredDrop(PostedMessage& message) {
-    // A drop from this view arrives while its drag loop still runs: wait for it to end.
-    if (dragging()) {
-        std::unique_ptr<DropRequest> request = message.takePayload<DropRequest>();
-        if (request)
-            QTimer::singleShot(50, this,
-                               [this, r = *request]() mutable { postDrop(std::move(r)); });
-        return;
-    }
-    if (const DropRequest* request = message.payload<DropRequest>())
-        m_fileOps->drop(*request);
+    m_dragDrop->post(std::move(request));
 }
 
 void CView1::multiPageTiff() {
@@ -596,16 +518,7 @@ void CView1::multiPageTiff() {
 void CView1::mouseDoubleClickEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || !m_openImage)
         return;
-    const auto& items = list().items();
-    const BrowserItem* only = nullptr;
-    for (const auto& item : items) {
-        if (!item->selected())
-            continue;
-        if (only)
-            return;
-        only = item.get();
-    }
-    if (only)
+    if (const BrowserItem* only = m_selection->onlySelected())
         m_openImage(only->path, only->linkTarget);
 }
 

@@ -3,6 +3,7 @@
 #include "browser/DoneCellQueue.h"
 #include "browser/GridSorting.h"
 #include "browser/StatusTexts.h"
+#include "browser/ThumbnailFeed.h"
 #include "platform/CommandTarget.h"
 #include "platform/ReceiverRegistry.h"
 
@@ -19,12 +20,10 @@ namespace lanmira {
 class BrowserList;
 class BrowserSettings;
 class FileOperations;
+class GridDragDrop;
 class GridPainter;
 class GridSelection;
 struct DropRequest;
-class ThumbnailCache;
-class PostedMessage;
-class ThumbnailWorker;
 struct BrowserItem;
 
 // The browser's grid of thumbnails over the process-wide browser list.
@@ -94,6 +93,7 @@ private:
     void updateFirstVisible();
     // The end of every change of the list: the worker starts a new pass.
     void endListChange(std::unique_lock<std::mutex>& lock);
+    int firstVisibleCell() const;
     void changeCheck();
     void resort();
     void applySorting(GridSorting::Effect effect);
@@ -105,9 +105,6 @@ private:
 
     void updateCell(int index);
     void updateBandFrame(const QRect& band);
-    void startDrag();
-    std::uint32_t dragOverEffect(const QDropEvent* event) const;
-    void deferredDrop(PostedMessage& message);
     void multiPageTiff();
 
     QString m_company;
@@ -116,8 +113,7 @@ private:
     OpenImage m_openImage;
     ReceiverRegistration m_registration{this};
     FileOperations* m_fileOps; // owned as a child
-    std::unique_ptr<ThumbnailCache> m_cache;
-    std::unique_ptr<ThumbnailWorker> m_worker;
+    ThumbnailFeed m_feed;
     bool m_initialised = false;
     bool m_startFailed = false;
     bool m_settingsLoaded = false;
@@ -134,6 +130,7 @@ private:
     std::unique_ptr<GridPainter> m_painter;
     std::unique_ptr<GridSelection> m_selection;
     std::unique_ptr<GridSorting> m_sorting;
+    std::unique_ptr<GridDragDrop> m_dragDrop;
     DoneCellQueue m_doneCells; // filled by the worker thread
 };
 

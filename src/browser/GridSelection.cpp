@@ -110,4 +110,16 @@ void GridSelection::clear(const CellChanged& changed) {
     }
 }
 
+const BrowserItem* GridSelection::onlySelected() const {
+    const BrowserItem* only = nullptr;
+    for (const auto& item : m_list.items()) {
+        if (!item->selected())
+            continue;
+        if (only)
+            return nullptr;
+        only = item.get();
+    }
+    return only;
+}
+
 } // namespace lanmira

@@ -8,6 +8,7 @@
 namespace lanmira {
 
 class BrowserList;
+struct BrowserItem;
 
 // What the left mouse button does to the grid's selection: a press on a picture selects it
 // and may become a drag, a press between pictures starts a rubber band. Points are in
@@ -49,6 +50,8 @@ public:
     // Exclusive of the far edges, so a band of no width selects nothing.
     QRect bandRect() const;
     void clear(const CellChanged& changed);
+    // The selected item when exactly one is selected, else null.
+    const BrowserItem* onlySelected() const;
 
 private:
     void setState(State state) { m_state = state; }
