@@ -10,7 +10,6 @@
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -24,7 +23,6 @@ class GridDragDrop;
 class GridPainter;
 class GridSelection;
 struct DropRequest;
-struct BrowserItem;
 
 // The browser's grid of thumbnails over the process-wide browser list.
 class CView1 final : public QAbstractScrollArea, public CommandTarget {
