@@ -1,30 +1,28 @@
 #pragma once
 
+#include "browser/DoneCellQueue.h"
+#include "browser/GridSorting.h"
 #include "browser/StatusTexts.h"
+#include "browser/ThumbnailFeed.h"
 #include "platform/CommandTarget.h"
 #include "platform/ReceiverRegistry.h"
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
-#include <QCache>
-#include <QImage>
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <vector>
 
 namespace lanmira {
 
 class BrowserList;
 class BrowserSettings;
 class FileOperations;
+class GridDragDrop;
+class GridPainter;
+class GridSelection;
 struct DropRequest;
-class ThumbnailCache;
-class PostedMessage;
-class ThumbnailWorker;
-struct BrowserItem;
 
 // The browser's grid of thumbnails over the process-wide browser list.
 class CView1 final : public QAbstractScrollArea, public CommandTarget {
@@ -55,7 +53,7 @@ public:
     bool onUpdateCommand(int id, CommandState& state) override;
 
     // A drag that started in this view is in progress.
-    bool dragging() const { return m_dragging; }
+    bool dragging() const;
     FileOperations& fileOperations() const { return *m_fileOps; }
     // Hands a drop to the deferred handler, which runs once the drag has ended (the folder
     // pane's drops come this way too).
@@ -83,11 +81,6 @@ protected:
     void customEvent(QEvent* event) override;
 
 private:
-    struct CachedImage {
-        QImage image;
-        const void* source = nullptr; // the pixels it was made from
-    };
-
     BrowserList& list() const;
     bool largeMode() const;
     QPoint scrollOffset() const;
@@ -98,27 +91,18 @@ private:
     void updateFirstVisible();
     // The end of every change of the list: the worker starts a new pass.
     void endListChange(std::unique_lock<std::mutex>& lock);
+    int firstVisibleCell() const;
     void changeCheck();
     void resort();
-    void sortUnderLock(bool relayoutAlways);
-    void setSortKey(int key);
-    void setSortDirection(int direction);
+    void applySorting(GridSorting::Effect effect);
     void setLargeMode(bool large);
     void saveSettings() const;
 
     void cellDone(int index); // worker thread
     void flushDoneCells();
 
-    void drawCell(QPainter& painter, const BrowserItem& item, QPoint offset);
-    const QImage* thumbnailImage(const BrowserItem& item);
     void updateCell(int index);
-    void clearSelection();
-    QRect bandRect() const;
     void updateBandFrame(const QRect& band);
-    void dragBand(QPoint documentPoint, bool adding);
-    void startDrag();
-    std::uint32_t dragOverEffect(const QDropEvent* event) const;
-    void deferredDrop(PostedMessage& message);
     void multiPageTiff();
 
     QString m_company;
@@ -127,14 +111,10 @@ private:
     OpenImage m_openImage;
     ReceiverRegistration m_registration{this};
     FileOperations* m_fileOps; // owned as a child
-    std::unique_ptr<ThumbnailCache> m_cache;
-    std::unique_ptr<ThumbnailWorker> m_worker;
+    ThumbnailFeed m_feed;
     bool m_initialised = false;
     bool m_startFailed = false;
     bool m_settingsLoaded = false;
-    // Set when the periodic check added or removed items: choosing the current sort key
-    // again then re-sorts.
-    bool m_forceResort = false;
 
     int m_columns = 0;
     int m_rows = 0;
@@ -145,21 +125,11 @@ private:
     QBasicTimer m_cleanTimer; // timer 2
     int m_checkPeriod = 0;
 
-    bool m_banding = false;
-    QPoint m_anchor; // document coordinates
-    QPoint m_current;
-    bool m_dragCandidate = false;
-    QPoint m_pressPos; // viewport coordinates
-    bool m_dragging = false;
-
-    // Guards m_doneCells and m_flushQueued, shared with the worker thread.
-    std::mutex m_doneLock;
-    std::vector<int> m_doneCells;
-    bool m_flushQueued = false;
-
-    // Thumbnails converted for drawing, by item; emptied whenever items may have been freed
-    // or their thumbnails dropped.
-    QCache<const BrowserItem*, CachedImage> m_images;
+    std::unique_ptr<GridPainter> m_painter;
+    std::unique_ptr<GridSelection> m_selection;
+    std::unique_ptr<GridSorting> m_sorting;
+    std::unique_ptr<GridDragDrop> m_dragDrop;
+    DoneCellQueue m_doneCells; // filled by the worker thread
 };
 
 } // namespace lanmira

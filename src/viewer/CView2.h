@@ -4,16 +4,11 @@
 #include "viewer/DocumentUi.h"
 #include "viewer/ImageDocument.h"
 #include "viewer/ImageNavigator.h"
+#include "viewer/PictureDisplay.h"
 #include "viewer/ZoomGeometry.h"
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
-#include <QImage>
-
-#include <cstdint>
-#include <vector>
-
-class QPrinter;
 
 namespace lanmira {
 
@@ -82,17 +77,6 @@ private:
     std::optional<SaveAsChoice> chooseSaveAs(const PackedDib& picture,
                                              const QString& proposedName) override;
 
-    // The rows the sampler reads: the picture's own, or a 24-bit copy for what it cannot
-    // read directly (16 bits, bit fields, compression, top-down rows, core headers).
-    struct Source {
-        const std::uint8_t* bottomRow = nullptr;
-        qsizetype stride = 0;
-        int width = 0;
-        int height = 0;
-        int bitCount = 0;
-        QRgb palette[256] = {};
-    };
-
     // Turns what the document did into a fit and a repaint.
     void apply(ImageDocument::Result result);
     void pictureChanged();
@@ -110,19 +94,7 @@ private:
     void stepImage(ImageNavigator::Step step);
     void deleteShown();
     void copyImage();
-    void print();
-    void printPreview();
-    void printPicture(QPrinter* printer);
     void inform(int icon, const QString& text);
-
-    bool readSource(Source& source);
-    // The part `part` (in displayed-picture coordinates) of the picture scaled to
-    // `displayed`, into `out`.
-    void sampleNearest(const Source& source, QSize displayed, QRect part, QImage& out);
-    void sampleSmooth(const Source& source, QSize displayed, QRect part, QImage& out);
-    const std::uint8_t* bgrRow(const Source& source, int sourceRow, int from, int to);
-    void ensureDisplay(QRect pictureRect, QRect visible);
-    void smoothDisplay();
 
     ViewerHost& m_host;
     ImageDocument m_document{*this};
@@ -137,20 +109,8 @@ private:
     bool m_dragMoved = false;
     QPoint m_dragLast;
 
-    // Drawing cache. A picture's block may be reused by the next one, so pictures are told
-    // apart by a counter, not by their address.
-    std::uint64_t m_generation = 1;
-    PackedDib m_converted;
-    std::uint64_t m_convertedGeneration = 0;
-    QImage m_display;
-    std::uint64_t m_displayGeneration = 0;
-    QSize m_displaySize; // the displayed size it was sampled for
-    QRect m_displayPart; // the part of it that m_display holds
-    bool m_displaySmooth = false;
-    QBasicTimer m_smoothTimer;
-    std::vector<std::uint32_t> m_columns; // per display column: source byte offset
-    std::vector<std::uint16_t> m_sums;    // smoothing: one row of column sums
-    std::vector<std::uint8_t> m_expanded; // smoothing: one source row as 24-bit
+    PictureDisplay m_display;
+    QBasicTimer m_smoothTimer; // the smooth version follows the quick one
 };
 
 } // namespace lanmira
