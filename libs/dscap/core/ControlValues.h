@@ -5,6 +5,7 @@
 #include "dscap/processing/Histogram.h"
 #include "dscap/processing/RegionStats.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace dscap {
@@ -49,6 +50,17 @@ inline constexpr int kTargetMin = 10, kTargetMax = 230;
 // The middle third of a picture, where a region starts before the user moves it.
 inline Region defaultRegion(int width, int height) {
     return {width / 3, height / 3, width - width / 3, height - height / 3};
+}
+
+// The region within a picture of that size; one left empty by that is the default region.
+inline Region clampRegion(Region r, int width, int height) {
+    r.left = std::clamp(r.left, 0, width);
+    r.right = std::clamp(r.right, 0, width);
+    r.top = std::clamp(r.top, 0, height);
+    r.bottom = std::clamp(r.bottom, 0, height);
+    if (r.right <= r.left || r.bottom <= r.top)
+        return defaultRegion(width, height);
+    return r;
 }
 
 } // namespace dscap

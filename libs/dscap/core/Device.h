@@ -1,11 +1,14 @@
 #pragma once
 
 #include "dscap/ICameraControl.h"
+#include "dscap/core/AutoAdjuster.h"
 #include "dscap/core/CameraSettings.h"
 #include "dscap/core/CameraSource.h"
 #include "dscap/core/ControlValues.h"
-#include "dscap/core/FrameExchange.h"
-#include "dscap/core/FrameRateMeter.h"
+#include "dscap/core/DeviceCallbacks.h"
+#include "dscap/core/DevicePicture.h"
+#include "dscap/core/DeviceRecording.h"
+#include "dscap/core/ValueMapping.h"
 #include "dscap/dscap.h"
 #include "dscap/processing/Histogram.h"
 
@@ -23,7 +26,7 @@ namespace dscap {
 
 class BackgroundJobs;
 class CameraControl;
-class VideoRecorder;
+class SourceTask;
 
 // What a device needs from the library: where to post, what to post, where settings live,
 // who runs the work its caller must not wait for (finishing a recording).
@@ -128,17 +131,6 @@ public:
     bool showDialog(int command);
 
 private:
-    struct Callbacks {
-        DSCAP_HISTOGRAM_CALLBACK histogram = nullptr;
-        void* histogramContext = nullptr;
-        DSCAP_EXPOSURE_CALLBACK exposure = nullptr;
-        void* exposureContext = nullptr;
-        DSCAP_NOTIFY_CALLBACK notify = nullptr;
-        void* notifyContext = nullptr;
-        DSCAP_WHITEBALANCE_CALLBACK whiteBalance = nullptr;
-        void* whiteBalanceContext = nullptr;
-    };
-
     // Under mutex_: moves to `to` when the table above allows it.
     bool setState(State to);
     bool live() const { return state_ == State::Previewing || state_ == State::Recording; }
@@ -153,14 +145,7 @@ private:
     void whiteBalanceStep(const SourceFrame& frame);
     void deliverHistogram(const Histogram& histogram);
     void recordFrame(const Image& picture, std::int64_t timestampNs);
-    // Finishes the file in the background, then posts "recording stopped" and the event
-    // (when not 0) to the frame, even when the device has been closed meanwhile.
-    void finishRecording(std::unique_ptr<VideoRecorder> recorder, const std::string& path,
-                         int event);
     void lose(int event, const std::string& error);
-    void post(void* window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) const;
-    SensorSettings sensorSettings(const ControlValues& v) const;
-    void clampToSource(ControlValues& v) const;
     void saveSettings();
     void setError(const std::string& error);
 
@@ -174,6 +159,7 @@ private:
     const std::uint32_t features_;
     const std::vector<Resolution> resolutions_;
     const bool hasExtraControls_;
+    const ValueMapping mapping_;
     std::shared_ptr<CameraControl> control_;
 
     mutable std::mutex mutex_; // guards the fields below up to the next blank line
@@ -186,31 +172,16 @@ private:
     std::string error_;
     Histogram lastHistogram_;
     bool hasHistogram_ = false;
-    std::deque<std::shared_ptr<struct SourceTask>> tasks_; // for the capture thread
+    std::deque<std::shared_ptr<SourceTask>> tasks_; // for the capture thread
 
-    // Callbacks and posts run under it, so removal is final.
-    mutable std::recursive_mutex callbackMutex_;
-    Callbacks callbacks_;
-    bool quiet_ = false; // closed: nothing more is posted
+    // Callbacks and posts run under a lock of their own, so removing them is final.
+    DeviceCallbacks callbacks_;
+    // Its lock is taken before mutex_ when both are needed.
+    DeviceRecording recording_;
 
-    // Taken before mutex_ when both are needed. Guards recorder_, which is set exactly while
-    // the state is Recording.
-    std::mutex recordMutex_;
-    std::unique_ptr<VideoRecorder> recorder_;
-    std::string recordingPath_;
-    std::string finishingKey_; // the background job of the last recording that ended
-
-    std::atomic<bool> notifyPending_{false};
     std::atomic<std::uint32_t> realExposure_{0};
-    std::atomic<int> frameWidth_{0};
-    std::atomic<int> frameHeight_{0};
-    int reportedWidth_ = 0; // the caller's thread: the size dscap_video_size last gave
-    int reportedHeight_ = 0;
-    int settleFrames_ = 0; // capture thread: frames to wait before measuring again
-    int whiteBalanceWait_ = 0;
-    FrameExchange exchange_;
-    FrameRateMeter cameraRate_;
-    FrameRateMeter shownRate_;
+    AutoAdjuster adjuster_; // capture thread
+    DevicePicture picture_;
     std::thread thread_;
     std::once_flag releaseOnce_;
 };

@@ -1,7 +1,9 @@
-// The capture library's own plumbing: the frame exchange's shown count and the background
-// jobs that finish recordings and release cameras.
+// The capture library's own plumbing: the frame exchange's shown count, the background
+// jobs that finish recordings and release cameras, and work handed to the capture thread.
 #include "dscap/core/BackgroundJobs.h"
 #include "dscap/core/FrameExchange.h"
+#include "dscap/core/SourceTask.h"
+#include "dscap/demo/DemoCamera.h"
 
 #include <gtest/gtest.h>
 
@@ -101,6 +103,49 @@ TEST(BackgroundJobs, GoingAwayFinishesWhatIsUnderWay) {
         });
     }
     EXPECT_TRUE(finished);
+}
+
+TEST(SourceTask, RunsOnceOrNeverAndTheCallerKnowsWhich) {
+    const auto camera = makeDemoCamera({.unpaced = true});
+    int runs = 0;
+    auto count = [&](CameraSource&) { ++runs; };
+
+    SourceTask ran(count);
+    std::thread worker([&] {
+        std::this_thread::sleep_for(20ms);
+        ran.run(*camera);
+        ran.run(*camera);
+    });
+    EXPECT_TRUE(ran.wait(2000ms));
+    worker.join();
+    EXPECT_EQ(runs, 1);
+
+    SourceTask late(count);
+    EXPECT_FALSE(late.wait(10ms));
+    late.run(*camera);
+    EXPECT_EQ(runs, 1) << "given up on: must not run after the caller returned";
+
+    SourceTask dropped(count);
+    dropped.drop();
+    EXPECT_FALSE(dropped.wait(2000ms));
+    dropped.run(*camera);
+    EXPECT_EQ(runs, 1);
+}
+
+TEST(SourceTask, WorkUnderWayIsWaitedForBeyondThePatience) {
+    const auto camera = makeDemoCamera({.unpaced = true});
+    std::atomic<bool> started{false}, finished{false};
+    SourceTask slow([&](CameraSource&) {
+        started = true;
+        std::this_thread::sleep_for(100ms);
+        finished = true;
+    });
+    std::thread worker([&] { slow.run(*camera); });
+    while (!started)
+        std::this_thread::sleep_for(1ms);
+    EXPECT_TRUE(slow.wait(1ms));
+    EXPECT_TRUE(finished);
+    worker.join();
 }
 
 } // namespace
