@@ -64,7 +64,8 @@ bool GridSelection::moveBand(QPoint documentPoint, bool adding, const CellChange
     bool any = false;
     for (int k = 0; k < static_cast<int>(items.size()); ++k) {
         BrowserItem& item = *items[k];
-        const bool inside = item.cell(large).intersects(band);
+        // A band with no width or no height covers no pixel, even where it lies on a cell.
+        const bool inside = !band.isEmpty() && item.cell(large).intersects(band);
         if (inside == item.selected() || (!inside && adding))
             continue;
         item.setSelected(inside);

@@ -67,6 +67,7 @@ TEST_F(GridSelectionTest, BandBetweenPicturesAndItsEnd) {
     EXPECT_FALSE(m_selection.press({2, 2}, {2, 2}, false, m_record)) << "the inset is no hit";
     EXPECT_TRUE(m_selection.banding());
     EXPECT_FALSE(m_selection.moveBand({2, 2}, false, m_record)) << "no size, no selection";
+    EXPECT_FALSE(m_selection.moveBand({2, 200}, false, m_record)) << "no width, no selection";
     EXPECT_TRUE(m_selection.moveBand({150, 200}, false, m_record));
     EXPECT_EQ(marks(), u"xx.xx."_s);
     EXPECT_EQ(m_selection.bandRect(), QRect(2, 2, 148, 198));
