@@ -20,8 +20,8 @@ TW_UINT16 failWith(TW_UINT16& condition, TW_UINT16 code) {
 } // namespace
 
 SaneSession::~SaneSession() {
-    m_ui.reset();
     stopWorker();
+    m_ui.reset();
 }
 
 bool SaneSession::open(const std::string& deviceName, TW_UINT16& condition) {
@@ -130,8 +130,10 @@ TW_UINT16 SaneSession::userInterface(TW_UINT16 msg, TW_USERINTERFACE* ui, TW_UIN
     if (msg == MSG_DISABLEDS) {
         if (m_state != State::Enabled)
             return failWith(condition, TWCC_SEQERROR);
-        m_ui.reset();
+        // The scan thread is ended first: without a toolkit to post through, it reports a
+        // finished batch itself and may still be looking at the dialog.
         stopWorker();
+        m_ui.reset();
         {
             std::lock_guard lock(m_mutex);
             m_pages.clear();
