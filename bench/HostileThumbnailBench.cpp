@@ -11,7 +11,7 @@
 //   vips_*      vipsthumbnail on the same files, when installed.
 // Counters: peak_mb of the child, ok = 1 when a thumbnail was made.
 #include "../tests/support/HostileFiles.h"
-#include "browser/ThumbnailMaker.h"
+#include "browser/thumbnails/ThumbnailMaker.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>

@@ -9,9 +9,9 @@
 // the temp folder between runs.
 #include "BenchJpeg.h"
 #include "browser/BrowserItem.h"
-#include "browser/CacheEligibility.h"
-#include "browser/ThumbnailCache.h"
-#include "browser/ThumbnailMaker.h"
+#include "browser/thumbnails/CacheEligibility.h"
+#include "browser/thumbnails/ThumbnailCache.h"
+#include "browser/thumbnails/ThumbnailMaker.h"
 
 #include <sys/resource.h>
 

@@ -11,8 +11,8 @@
 #include "BenchJpeg.h"
 #include "browser/BrowserList.h"
 #include "browser/CView1.h"
-#include "browser/GridLayout.h"
-#include "browser/ThumbnailWorker.h"
+#include "browser/grid/GridLayout.h"
+#include "browser/thumbnails/ThumbnailWorker.h"
 
 #include <QApplication>
 #include <QDir>

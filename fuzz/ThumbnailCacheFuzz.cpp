@@ -3,8 +3,8 @@
 // fuzzer gets past the path check to the headers and rows. Whatever is accepted must
 // survive writing it again unchanged. The same bytes also go through the mount-table parser.
 #include "browser/BrowserItem.h"
-#include "browser/CacheEligibility.h"
-#include "browser/ThumbnailCache.h"
+#include "browser/thumbnails/CacheEligibility.h"
+#include "browser/thumbnails/ThumbnailCache.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "browser/DoneCellQueue.h"
-#include "browser/GridSorting.h"
 #include "browser/StatusTexts.h"
-#include "browser/ThumbnailFeed.h"
+#include "browser/grid/GridSorting.h"
+#include "browser/thumbnails/DoneCellQueue.h"
+#include "browser/thumbnails/ThumbnailFeed.h"
 #include "platform/CommandTarget.h"
 #include "platform/ReceiverRegistry.h"
 

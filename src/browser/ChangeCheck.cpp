@@ -1,7 +1,7 @@
 #include "browser/ChangeCheck.h"
 
 #include "browser/BrowserList.h"
-#include "browser/ThumbnailCache.h"
+#include "browser/thumbnails/ThumbnailCache.h"
 
 #include <QElapsedTimer>
 

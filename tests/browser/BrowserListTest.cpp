@@ -3,7 +3,7 @@
 #include "browser/BrowserSettings.h"
 #include "browser/FileNames.h"
 #include "browser/FormatLookup.h"
-#include "browser/ThumbnailMaker.h"
+#include "browser/thumbnails/ThumbnailMaker.h"
 #include "imagelib/imagelib.h"
 
 #include <sys/stat.h>

@@ -1,7 +1,7 @@
-#include "browser/GridSelection.h"
+#include "browser/grid/GridSelection.h"
 
 #include "browser/BrowserList.h"
-#include "browser/GridLayout.h"
+#include "browser/grid/GridLayout.h"
 #include "imagelib/imagelib.h"
 
 #include <gtest/gtest.h>

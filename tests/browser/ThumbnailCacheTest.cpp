@@ -1,10 +1,10 @@
-#include "browser/ThumbnailCache.h"
+#include "browser/thumbnails/ThumbnailCache.h"
 
 #include "acquire/DibLayout.h"
 #include "acquire/PackedDib.h"
 #include "browser/BrowserList.h"
-#include "browser/CacheEligibility.h"
-#include "browser/ThumbnailMaker.h"
+#include "browser/thumbnails/CacheEligibility.h"
+#include "browser/thumbnails/ThumbnailMaker.h"
 #include "imagelib/imagelib.h"
 
 #include <sys/stat.h>

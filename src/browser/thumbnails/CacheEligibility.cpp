@@ -1,4 +1,4 @@
-#include "browser/CacheEligibility.h"
+#include "browser/thumbnails/CacheEligibility.h"
 
 #include "browser/FileNames.h"
 

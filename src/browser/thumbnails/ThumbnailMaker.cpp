@@ -1,4 +1,4 @@
-#include "browser/ThumbnailMaker.h"
+#include "browser/thumbnails/ThumbnailMaker.h"
 
 #include "acquire/DibLayout.h"
 #include "acquire/PackedDib.h"

@@ -1,4 +1,4 @@
-#include "browser/GridSorting.h"
+#include "browser/grid/GridSorting.h"
 
 #include "browser/BrowserList.h"
 #include "platform/CommandIds.h"

@@ -1,8 +1,8 @@
-#include "browser/ThumbnailWorker.h"
+#include "browser/thumbnails/ThumbnailWorker.h"
 
 #include "browser/BrowserList.h"
-#include "browser/ThumbnailCache.h"
-#include "browser/ThumbnailMaker.h"
+#include "browser/thumbnails/ThumbnailCache.h"
+#include "browser/thumbnails/ThumbnailMaker.h"
 #include "imagelib/imagelib.h"
 #include "platform/Messages.h"
 

@@ -1,4 +1,4 @@
-#include "browser/DoneCellQueue.h"
+#include "browser/thumbnails/DoneCellQueue.h"
 
 namespace lanmira {
 

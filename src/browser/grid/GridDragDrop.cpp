@@ -1,10 +1,10 @@
-#include "browser/GridDragDrop.h"
+#include "browser/grid/GridDragDrop.h"
 
 #include "browser/BrowserList.h"
-#include "browser/GridSelection.h"
 #include "browser/fileops/DropRules.h"
 #include "browser/fileops/FileListData.h"
 #include "browser/fileops/FileOperations.h"
+#include "browser/grid/GridSelection.h"
 #include "platform/Messages.h"
 #include "platform/PostedMessage.h"
 

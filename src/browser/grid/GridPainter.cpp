@@ -1,8 +1,8 @@
-#include "browser/GridPainter.h"
+#include "browser/grid/GridPainter.h"
 
 #include "browser/BrowserList.h"
-#include "browser/GridLayout.h"
-#include "browser/ThumbnailMaker.h"
+#include "browser/grid/GridLayout.h"
+#include "browser/thumbnails/ThumbnailMaker.h"
 
 #include <QPainter>
 

@@ -1,9 +1,9 @@
-#include "browser/ThumbnailCache.h"
+#include "browser/thumbnails/ThumbnailCache.h"
 
 #include "browser/BrowserList.h"
-#include "browser/CacheEligibility.h"
 #include "browser/FileNames.h"
 #include "browser/FormatLookup.h"
+#include "browser/thumbnails/CacheEligibility.h"
 #include "imagelib/core/WriteAll.h"
 #include "platform/XdgPaths.h"
 #include "settings/UniqueFd.h"

@@ -1,8 +1,8 @@
-#include "browser/GridCommands.h"
+#include "browser/grid/GridCommands.h"
 
 #include "browser/BrowserList.h"
-#include "browser/GridSorting.h"
 #include "browser/fileops/FileOperations.h"
+#include "browser/grid/GridSorting.h"
 #include "platform/CommandIds.h"
 #include "platform/CommandTarget.h"
 

@@ -1,8 +1,8 @@
-#include "browser/ThumbnailFeed.h"
+#include "browser/thumbnails/ThumbnailFeed.h"
 
 #include "browser/BrowserList.h"
-#include "browser/ThumbnailCache.h"
-#include "browser/ThumbnailWorker.h"
+#include "browser/thumbnails/ThumbnailCache.h"
+#include "browser/thumbnails/ThumbnailWorker.h"
 
 #include <QRandomGenerator>
 

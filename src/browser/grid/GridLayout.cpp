@@ -1,4 +1,4 @@
-#include "browser/GridLayout.h"
+#include "browser/grid/GridLayout.h"
 
 #include "browser/BrowserList.h"
 
