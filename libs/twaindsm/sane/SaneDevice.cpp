@@ -384,19 +384,13 @@ SaneDevice::Result SaneDevice::scanPage(ScanPage& page, std::uint64_t memoryLimi
             }
             raw.resize(raw.size() * 2);
         }
-        SANE_Int got = 0;
-        const auto want = static_cast<SANE_Int>(std::min(raw.size() - filled, kReadChunk));
-        status = sane_read(m_handle, raw.data() + filled, want, &got);
-        filled += static_cast<std::size_t>(std::max(got, 0));
-        if (status == SANE_STATUS_EOF)
+        bool end = false;
+        const Result r =
+            readSome(raw.data(), filled, std::min(raw.size() - filled, kReadChunk), end, error);
+        if (r != Result::Ok)
+            return r;
+        if (end)
             break;
-        if (status == SANE_STATUS_CANCELLED || m_cancelled)
-            return Result::Cancelled;
-        if (status != SANE_STATUS_GOOD) {
-            error = sane_strstatus(status);
-            sane_cancel(m_handle);
-            return Result::Failed;
-        }
     }
     const std::uint32_t lines = static_cast<std::uint32_t>(filled / std::size_t(p.bytes_per_line));
     if (lines == 0) {
@@ -428,6 +422,25 @@ SaneDevice::Result SaneDevice::scanPage(ScanPage& page, std::uint64_t memoryLimi
     return Result::Ok;
 }
 
+SaneDevice::Result SaneDevice::readSome(std::uint8_t* buffer, std::size_t& filled, std::size_t want,
+                                        bool& end, std::string& error) {
+    SANE_Int got = 0;
+    const SANE_Status status =
+        sane_read(m_handle, buffer + filled, static_cast<SANE_Int>(want), &got);
+    filled += static_cast<std::size_t>(std::max(got, 0));
+    end = status == SANE_STATUS_EOF;
+    if (end)
+        return Result::Ok;
+    if (status == SANE_STATUS_CANCELLED || m_cancelled)
+        return Result::Cancelled;
+    if (status != SANE_STATUS_GOOD) {
+        error = sane_strstatus(status);
+        sane_cancel(m_handle);
+        return Result::Failed;
+    }
+    return Result::Ok;
+}
+
 SaneDevice::Result SaneDevice::scanIntoBitmap(ScanPage& page, const SANE_Parameters& p,
                                               std::string& error) {
     page.width = p.pixels_per_line;
@@ -438,8 +451,7 @@ SaneDevice::Result SaneDevice::scanIntoBitmap(ScanPage& page, const SANE_Paramet
         sane_cancel(m_handle);
         return Result::TooLarge;
     }
-    // adviseLargePages(dib.get(), PageConvert::dibSize(page));
-    //  Whole rows at a time through a buffer that stays warm from page to page.
+    // Whole rows at a time through a buffer that stays warm from page to page.
     const std::size_t bpl = std::size_t(p.bytes_per_line);
     const std::size_t rowsPerRead = std::max<std::size_t>(1, kReadChunk / bpl);
     m_readBuffer.resize(rowsPerRead * bpl);
@@ -447,23 +459,11 @@ SaneDevice::Result SaneDevice::scanIntoBitmap(ScanPage& page, const SANE_Paramet
     bool end = false;
     while (!end && y < page.height) {
         std::size_t filled = 0;
-        while (filled < m_readBuffer.size()) {
-            SANE_Int got = 0;
-            const auto want = static_cast<SANE_Int>(m_readBuffer.size() - filled);
-            const SANE_Status status =
-                sane_read(m_handle, m_readBuffer.data() + filled, want, &got);
-            filled += static_cast<std::size_t>(std::max(got, 0));
-            if (status == SANE_STATUS_EOF) {
-                end = true;
-                break;
-            }
-            if (status == SANE_STATUS_CANCELLED || m_cancelled)
-                return Result::Cancelled;
-            if (status != SANE_STATUS_GOOD) {
-                error = sane_strstatus(status);
-                sane_cancel(m_handle);
-                return Result::Failed;
-            }
+        while (!end && filled < m_readBuffer.size()) {
+            const Result r =
+                readSome(m_readBuffer.data(), filled, m_readBuffer.size() - filled, end, error);
+            if (r != Result::Ok)
+                return r;
         }
         for (std::size_t at = 0; at + bpl <= filled && y < page.height; at += bpl)
             PageConvert::putRow(page, dib.get(), y++, m_readBuffer.data() + at);

@@ -82,6 +82,10 @@ private:
     std::vector<std::string> stringList(const char* name) const;
     std::string modeFor(ScanPage::Kind kind, int& depth) const;
     Result scanIntoBitmap(ScanPage& page, const SANE_Parameters& p, std::string& error);
+    // One read of up to `want` bytes at buffer + filled, which grows by what came. Ok to go
+    // on (`end` set once the page is complete), else how the scan stopped.
+    Result readSome(std::uint8_t* buffer, std::size_t& filled, std::size_t want, bool& end,
+                    std::string& error);
 
     SANE_Handle m_handle = nullptr;
     std::string m_name;
