@@ -208,18 +208,28 @@ QDBusMessage ScreenSaverInhibitor::releaseMessage(Backend backend, const Grant& 
 
 void ScreenSaverInhibitor::request(Backend backend) {
     setState(State::Requesting, backend);
-    m_pending = new QDBusPendingCallWatcher(
-        m_bus->asyncCall(inhibitMessage(backend, m_applicationName, m_reason), kCallTimeoutMs),
-        this);
-    connect(m_pending, &QDBusPendingCallWatcher::finished, this,
-            &ScreenSaverInhibitor::onRequestFinished);
+    send(inhibitMessage(backend, m_applicationName, m_reason),
+         &ScreenSaverInhibitor::onRequestFinished);
+}
+
+void ScreenSaverInhibitor::send(const QDBusMessage& message,
+                                void (ScreenSaverInhibitor::*finished)(QDBusPendingCallWatcher*)) {
+    m_pending = new QDBusPendingCallWatcher(m_bus->asyncCall(message, kCallTimeoutMs), this);
+    connect(m_pending, &QDBusPendingCallWatcher::finished, this, finished);
+}
+
+bool ScreenSaverInhibitor::isAwaited(QDBusPendingCallWatcher* call, State state) {
+    call->deleteLater();
+    // A reply to a call given up on (the state moved on) is dropped.
+    if (m_state != state || call != m_pending)
+        return false;
+    m_pending = nullptr;
+    return true;
 }
 
 void ScreenSaverInhibitor::onRequestFinished(QDBusPendingCallWatcher* call) {
-    call->deleteLater();
-    if (m_state != State::Requesting || call != m_pending)
+    if (!isAwaited(call, State::Requesting))
         return;
-    m_pending = nullptr;
 
     const std::optional<Grant> grant =
         call->isError() ? std::nullopt : grantFrom(m_backend, call->reply());
@@ -243,17 +253,12 @@ void ScreenSaverInhibitor::onRequestFinished(QDBusPendingCallWatcher* call) {
 
 void ScreenSaverInhibitor::release() {
     setState(State::Releasing, m_backend);
-    m_pending = new QDBusPendingCallWatcher(
-        m_bus->asyncCall(releaseMessage(m_backend, m_grant), kCallTimeoutMs), this);
-    connect(m_pending, &QDBusPendingCallWatcher::finished, this,
-            &ScreenSaverInhibitor::onReleaseFinished);
+    send(releaseMessage(m_backend, m_grant), &ScreenSaverInhibitor::onReleaseFinished);
 }
 
 void ScreenSaverInhibitor::onReleaseFinished(QDBusPendingCallWatcher* call) {
-    call->deleteLater();
-    if (m_state != State::Releasing || call != m_pending)
+    if (!isAwaited(call, State::Releasing))
         return;
-    m_pending = nullptr;
     // A failed release leaves nothing we could do better: the service frees what we hold
     // when our connection closes.
     m_grant = {};

@@ -63,6 +63,10 @@ private:
     void onRequestFinished(QDBusPendingCallWatcher* call);
     void release();
     void onReleaseFinished(QDBusPendingCallWatcher* call);
+    void send(const QDBusMessage& message,
+              void (ScreenSaverInhibitor::*finished)(QDBusPendingCallWatcher*));
+    // Takes the finished call; false when it is not the one this state waits for.
+    bool isAwaited(QDBusPendingCallWatcher* call, State state);
 
     QString m_applicationName;
     QString m_reason;
