@@ -141,21 +141,9 @@ void CCameraExposureDlg::refresh() {
         m_auto->setChecked(automatic != 0);
         applyAutoRule(automatic != 0);
     }
-    std::uint16_t target = kTargetDefault;
-    if (c->GetAutoExposureTarget(&target) >= 0) {
-        setQuietly(m_target, target);
-        m_targetText->setText(QString::number(target));
-    }
-    if (c->GetExposureTime(&t) >= 0) {
-        m_time = t;
-        setTimeSlider(t);
-    }
-    updateTimeButton();
-    std::uint16_t gain = 0;
-    if (c->GetExposureGain(&gain) >= 0) {
-        setQuietly(m_gain, gain);
-        showGain(gain);
-    }
+    // The slider's range has just changed: place it even where the time has not.
+    setTimeSlider(m_time);
+    followCamera();
 }
 
 void CCameraExposureDlg::applyAutoRule(bool automatic) {
