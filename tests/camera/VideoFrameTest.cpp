@@ -1,4 +1,5 @@
 #include "../libs/dscap/FakeV4l2System.h"
+#include "MemoryFrameHost.h"
 #include "camera/frame/CVideoFrame.h"
 #include "camera/frame/VideoFrameHost.h"
 #include "camera/view/CVideoView.h"
@@ -34,29 +35,6 @@ using namespace Qt::StringLiterals;
 using dscap::v4l2::FakeV4l2System;
 
 namespace {
-
-class FakeHost final : public VideoFrameHost, public CommandTarget {
-public:
-    int readSetting(const QString& section, const QString& key, int def) override {
-        return settings.value(section + u'/' + key, def);
-    }
-    void writeSetting(const QString& section, const QString& key, int value) override {
-        settings[section + u'/' + key] = value;
-    }
-    CaptureFormat captureSettings() const override { return format; }
-    int& captureCounter() override { return counter; }
-    void setCurrentCamera(const QString& id) override { current = id; }
-    void cameraFrameDestroyed(CVideoFrame*) override { ++destroyed; }
-    CommandTarget* applicationCommands() override { return this; }
-    bool onCommand(int) override { return false; }
-    bool onUpdateCommand(int, CommandState&) override { return false; }
-
-    QMap<QString, int> settings;
-    CaptureFormat format;
-    int counter = 0;
-    QString current;
-    int destroyed = 0;
-};
 
 QString g_recordPath;
 
@@ -125,7 +103,7 @@ protected:
     QTemporaryDir m_config;
     QTemporaryDir m_pictures;
     std::shared_ptr<FakeV4l2System> m_system;
-    FakeHost m_host;
+    MemoryFrameHost m_host;
     QPointer<CVideoFrame> m_frame;
 };
 
