@@ -15,15 +15,14 @@
 #include <csignal>
 #include <functional>
 
+using lanmira::e2e::kMainWindow;
+using lanmira::e2e::kStartMs;
 using lanmira::e2e::LanmiraRun;
 using lanmira::e2e::runTool;
 using lanmira::e2e::waitFor;
 using lanmira::e2e::writeBmp;
 
 namespace {
-
-const QString kMainWindow = QStringLiteral("^Lanmira$");
-constexpr int kStartMs = 30000;
 
 int filesUnder(const QString& folder) {
     int n = 0;

@@ -20,6 +20,8 @@
 #include <csignal>
 #include <functional>
 
+using lanmira::e2e::kMainWindow;
+using lanmira::e2e::kStartMs;
 using lanmira::e2e::LanmiraRun;
 using lanmira::e2e::runTool;
 using lanmira::e2e::waitFor;
@@ -27,9 +29,7 @@ using lanmira::e2e::writeBmp;
 
 namespace {
 
-const QString kMainWindow = QStringLiteral("^Lanmira$");
 const QString kGnomeFiles = QStringLiteral("x-special/gnome-copied-files");
-constexpr int kStartMs = 30000;
 
 QByteArray clipboardFiles() {
     return runTool(QStringLiteral("xclip"),

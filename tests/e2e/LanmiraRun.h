@@ -70,6 +70,10 @@ private:
     std::unique_ptr<QProcess> m_process;
 };
 
+// The browser's window title, and how long a start may take (sanitizer builds are slow).
+inline const QString kMainWindow = QStringLiteral("^Lanmira$");
+constexpr int kStartMs = 30000;
+
 // Polls `done` every 150 ms until it holds; false when `timeoutMs` passed first.
 bool waitFor(const std::function<bool()>& done, int timeoutMs);
 // Runs a tool to its end with `input` on its standard input; its standard output, or

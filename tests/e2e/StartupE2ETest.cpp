@@ -10,12 +10,11 @@
 
 #include <csignal>
 
+using lanmira::e2e::kMainWindow;
+using lanmira::e2e::kStartMs;
 using lanmira::e2e::LanmiraRun;
 
 namespace {
-
-const QString kMainWindow = QStringLiteral("^Lanmira$");
-constexpr int kStartMs = 30000;
 
 QString readFile(const QString& path) {
     QFile f(path);
